@@ -1,0 +1,211 @@
+"""Runs the real program on a virtual display and looks at it as a user and a page would."""
+
+import json
+import os
+import re
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+BUNDLE = Path(os.environ["QUILLMERE_BUNDLE"])
+PAGES = Path(__file__).parent / "pages"
+PATIENCE = 60.0  # an upper bound for a loaded machine, never a measurement
+
+
+class Timeout(AssertionError):
+    pass
+
+
+def until(what, test, patience=PATIENCE, pause=0.05):
+    """Polls `test` until it answers something true and returns that."""
+    end = time.monotonic() + patience
+    while True:
+        found = test()
+        if found:
+            return found
+        if time.monotonic() > end:
+            raise Timeout(f"waited in vain for {what}")
+        time.sleep(pause)
+
+
+def output(*command, env=None):
+    done = subprocess.run(command, capture_output=True, text=True, env=env, check=False)
+    return done.stdout if done.returncode == 0 else ""
+
+
+def children(pid):
+    """All living descendants of a process, zombies left out."""
+    found = []
+    for line in output("ps", "-eo", "pid=,ppid=,stat=").splitlines():
+        child, parent, state = line.split()
+        found.append((int(child), int(parent), state))
+    tree, grown = {pid}, True
+    while grown:
+        more = {c for c, p, s in found if p in tree and not s.startswith("Z")} - tree
+        tree |= more
+        grown = bool(more)
+    return tree - {pid}
+
+
+class Display:
+    """A virtual display with a window manager."""
+
+    def __init__(self):
+        read, write = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1400x900x24", "-nolisten", "tcp"],
+            pass_fds=[write], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(write)
+        with os.fdopen(read) as numbers:
+            self.name = ":" + numbers.readline().strip()
+        self.manager = subprocess.Popen(["openbox"], env={**os.environ, "DISPLAY": self.name},
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def close(self):
+        for process in (self.manager, self.server):
+            process.terminate()
+            process.wait()
+
+
+class Program:
+    """One run of the program with folders of its own."""
+
+    def __init__(self, display, *arguments, page=None, sparse=None, folders=None, home=None,
+                 environment=None):
+        self.folder = Path(tempfile.mkdtemp(prefix="quillmere-test-"))
+        self.home = Path(home) if home else self.folder / "home"
+        self.home.mkdir(exist_ok=True)
+        self.bundle = self._bundle(page, sparse or {}, folders or {})
+        self.environment = {
+            **{k: v for k, v in os.environ.items() if not k.startswith("XDG_") and k != "DBUS_SESSION_BUS_ADDRESS"},
+            "DISPLAY": display.name, "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / "config"),
+            "XDG_CACHE_HOME": str(self.home / "cache"), "XDG_DATA_HOME": str(self.home / "data"),
+            "XDG_RUNTIME_DIR": str(self.folder), "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "1",
+            "DBUS_SESSION_BUS_ADDRESS": "", **(environment or {}),
+        }
+        self.folder.chmod(0o700)
+        self.display = display
+        self.log = self.folder / "output.txt"
+        self.window = None
+        with self.log.open("wb") as log:
+            self.process = subprocess.Popen([str(self.bundle / "Contents/MacOS/Quillmere"), *map(os.fsencode, arguments)],
+                                            env=self.environment, stdout=log, stderr=log)
+
+    def _bundle(self, page, sparse, folders):
+        """The built bundle, or a copy with a page of the tests' own, empty files of given sizes and folders beside it."""
+        if page is None:
+            return BUNDLE
+        copy = self.folder / "Quillmere.app"
+        shutil.copytree(BUNDLE, copy, copy_function=os.link, ignore=lambda at, names: (
+            ["app"] if Path(at).name == "Resources" else []))
+        shutil.copytree(PAGES / page, copy / "Contents/Resources/app")
+        for name, size in sparse.items():
+            with (copy / "Contents/Resources/app" / name).open("wb") as file:
+                file.truncate(size)
+        for name, folder in folders.items():
+            shutil.copytree(folder, copy / "Contents/Resources/app" / name)
+        return copy
+
+    def tool(self, *command):
+        return output(*command, env=self.environment)
+
+    def find_window(self):
+        if self.process.poll() is not None:
+            raise AssertionError(f"the program ended with {self.process.returncode}:\n{self.log.read_text(errors='replace')}")
+        for line in self.tool("xwininfo", "-root", "-tree").splitlines():
+            found = re.match(r'\s*(0x[0-9a-f]+) ".*Quillmere": \("', line)
+            if found and "_QUILLMERE_PAGE_TITLE" in self.tool("xprop", "-id", found.group(1)):
+                return found.group(1)
+        return None
+
+    def wait_window(self):
+        self.window = until("the window", self.find_window)
+        return self.window
+
+    def title(self):
+        """What the page's title says now; empty before there is one."""
+        if not self.window:
+            self.window = self.find_window()
+        if not self.window:
+            return ""
+        text = self.tool("xprop", "-id", self.window, "-notype", "_QUILLMERE_PAGE_TITLE")
+        found = re.search(r'= "(.*)"\s*$', text, re.S)
+        return re.sub(r"\\(.)", r"\1", found.group(1)) if found else ""
+
+    def wait_title(self, pattern, patience=PATIENCE):
+        return until(f"the title {pattern!r} (now {self.title()!r})",
+                     lambda: re.search(pattern, self.title()) and self.title(), patience)
+
+    def result(self):
+        try:
+            return json.loads(self.title())
+        except ValueError:
+            return {}
+
+    def wait_result(self, test=lambda r: r.get("state") in ("done", "failed"), patience=PATIENCE):
+        """The report of the driver page, once it has come to an end."""
+        def look():
+            report = self.result()
+            return report if report and test(report) else None
+        report = until(f"the page's report (now {self.title()!r})", look, patience)
+        if report.get("state") == "failed":
+            raise AssertionError(report["error"])
+        return report
+
+    def keys(self, *names):
+        self.tool("xdotool", "windowfocus", "--sync", self.window)
+        for name in names:
+            self.tool("xdotool", "key", name)
+
+    def picture(self, path):
+        self.tool("import", "-window", self.window, str(path))
+        return Path(path)
+
+    def web_process(self):
+        for pid in children(self.process.pid):
+            if "WebKitWebProcess" in output("ps", "-o", "args=", "-p", str(pid)) and \
+                    "bwrap" not in output("ps", "-o", "comm=", "-p", str(pid)):
+                return pid
+        return None
+
+    def close(self):
+        if self.process.poll() is None:
+            self.process.send_signal(signal.SIGTERM)
+            try:
+                self.process.wait(20)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class EndToEnd(unittest.TestCase):
+    """A test class with one display; every program that a test started is ended after it."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.display = Display()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.display.close()
+
+    def setUp(self):
+        self.files = Path(tempfile.mkdtemp(prefix="quillmere-files-"))
+        self.addCleanup(shutil.rmtree, self.files, ignore_errors=True)
+
+    def program(self, *arguments, **options):
+        started = Program(self.display, *arguments, **options)
+        self.addCleanup(started.close)
+        return started
+
+    def steps(self, text, **options):
+        """Runs these steps in the driver page and returns (program, what they returned)."""
+        file = self.files / "test.steps.js"
+        file.write_text(text)
+        program = self.program(file, page="driver", **options)
+        return program, program.wait_result()["value"]

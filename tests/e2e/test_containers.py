@@ -1,0 +1,72 @@
+"""Folders and archives, walked in the real program by keyboard."""
+
+import io
+import unittest
+import zipfile
+
+import fixtures
+from harness import EndToEnd
+
+
+class Containers(EndToEnd):
+    def build(self):
+        inner = io.BytesIO()
+        with zipfile.ZipFile(inner, "w") as out:
+            out.writestr("deep.txt", "at the bottom")
+        folder = self.files / "tree"
+        (folder / "sub").mkdir(parents=True)
+        fixtures.text(folder / "sub" / "in sub.txt")
+        fixtures.archive(folder / "box.zip", {"docs/one.txt": "one", "docs/two.txt": "two", "inner.zip": inner.getvalue()})
+        return folder
+
+    def test_a_walk_by_keyboard(self):
+        program = self.program(self.build())
+        program.wait_window()
+        program.wait_title("^listing tree")
+        walk = [
+            ("Down Home Return", "^listing .*sub"),         # the folder comes first
+            ("Home Return", "^shown text .*in sub.txt"),
+            ("BackSpace", "^listing .*sub"),
+            ("BackSpace", "^listing tree"),
+            ("End Return", "^listing .*box.zip"),
+            ("Home Return", "^listing .*docs"),
+            ("Home Return", "^shown text .*one.txt"),
+            ("Right", "^shown text .*two.txt"),             # the next document, without the list between
+            ("Left", "^shown text .*one.txt"),
+            ("BackSpace", "^listing .*docs"),
+            ("BackSpace", "^listing .*box.zip"),
+            ("End Return", "^listing .*inner.zip"),
+            ("Home Return", "^shown text .*deep.txt"),
+            ("BackSpace", "^listing .*inner.zip"),
+            ("BackSpace", "^listing .*box.zip"),
+            ("BackSpace", "^listing tree"),
+        ]
+        for keys, title in walk:
+            with self.subTest(keys=keys, title=title):
+                program.keys(*keys.split())
+                program.wait_title(title)
+
+    def test_the_protocol_of_a_listing(self):
+        folder = self.build()
+        (folder / "link").symlink_to("/etc/passwd")
+        program = self.program(folder, page="driver")
+        report = program.wait_result(lambda r: r.get("last", {}).get("kind") == "container")
+        listing = report["last"]["container"]
+        self.assertEqual([e["name"] for e in listing["entries"]], ["sub", "box.zip", "link"])
+        self.assertEqual(listing["entries"][2]["blockedReason"], "Symbolic links are not opened from the folder browser.")
+        self.assertEqual((listing["kind"], listing["parentId"]), ("folder", None))
+        self.assertEqual(report["last"]["containerToken"], listing["token"])
+
+    def test_archives_that_cannot_be_browsed(self):
+        (self.files / "garbage.zip").write_bytes(b"no archive at all" * 100)
+        fixtures.archive(self.files / "climbs.zip", {"../outside.txt": "x"})
+        for name, sentence in (("garbage.zip", "The archive could not be read: "),
+                               ("climbs.zip", "The archive contains an unsafe entry path.")):
+            with self.subTest(name=name):
+                program = self.program(self.files / name, page="driver")
+                report = program.wait_result(lambda r: r.get("last", {}).get("type") == "error")
+                self.assertTrue(report["last"]["message"].startswith(sentence), report["last"])
+
+
+if __name__ == "__main__":
+    unittest.main()
