@@ -91,6 +91,7 @@ class Program:
         self.display = display
         self.log = self.folder / "output.txt"
         self.window = None
+        self.started = time.time()
         with self.log.open("wb") as log:
             self.process = subprocess.Popen([str(self.bundle / "Contents/MacOS/Quillmere"), *map(os.fsencode, arguments)],
                                             env=self.environment, stdout=log, stderr=log)

@@ -76,5 +76,7 @@ window.Quillmere = {
     },
 };
 
-publish({ state: 'ready' });
-api.post({ type: 'ready' });
+publish({ state: 'ready', ready: Date.now() });
+if (window.webkit?.messageHandlers?.quillMere) api.post({ type: 'ready' });
+const named = new URLSearchParams(location.search).get('steps');
+if (named) run({ name: named, url: named }); // without a shell: the comparisons of the benchmarks
