@@ -1,0 +1,203 @@
+#include "files/LocalFiles.h"
+
+#include "base/Errors.h"
+#include "base/Text.h"
+#include "base/Uuid.h"
+#include "files/AppAddress.h"
+#include "files/RegularFile.h"
+#include "platform/MainThread.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quillmere {
+
+namespace {
+
+constexpr std::string_view grantPrefix = "/__file/";
+
+/// Ends the serving of a task that was stopped meanwhile: nothing more is delivered.
+struct Stopped {};
+
+std::string grantPath(const std::string& token, const FileUrl& file) {
+    const std::string name = file.lastPathComponent();
+    return std::string(grantPrefix) + token + "/" + (isValidUtf8(name) ? percentEncodePath(name) : "file");
+}
+
+} // namespace
+
+LocalFiles::LocalFiles(FileUrl resources, platform::Executors& executors, const platform::ContentTypes& contentTypes)
+    : resources_(std::move(resources)), executors_(executors), contentTypes_(contentTypes) {}
+
+std::string LocalFiles::grant(const FileUrl& file) {
+    std::string token = newUuid();
+    const std::lock_guard guard(lock_);
+    const auto known = std::ranges::find_if(files_, [&](const auto& entry) { return entry.second == file; });
+    if (known != files_.end())
+        return grantPath(known->first, file);
+    if (files_.size() >= capacity)
+        files_.clear();
+    files_.emplace(token, file);
+    return grantPath(token, file);
+}
+
+std::optional<FileUrl> LocalFiles::grantedFile(const std::string& path) const {
+    std::array<std::string_view, 2> pieces;
+    size_t count = 0;
+    std::string_view rest = path;
+    while (!rest.empty() && count < pieces.size()) {
+        const auto slash = std::min(rest.find('/'), rest.size());
+        if (slash > 0)
+            pieces[count++] = rest.substr(0, slash);
+        rest.remove_prefix(std::min(slash + 1, rest.size()));
+    }
+    if (count < 2 || pieces[0] != "__file")
+        return std::nullopt;
+    const std::lock_guard guard(lock_);
+    const auto found = files_.find(std::string(pieces[1]));
+    return found == files_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<FileUrl> LocalFiles::resolve(const std::string& url) const {
+    const auto path = appPath(url);
+    if (!path)
+        return std::nullopt;
+    if (path->starts_with(grantPrefix))
+        return grantedFile(*path);
+    const std::string relative = *path == "/" ? "index.html" : path->substr(std::min<size_t>(1, path->size()));
+    const FileUrl root = resources_.appending("app").standardized().resolvingSymlinks();
+    const FileUrl candidate = root.appending(relative).standardized().resolvingSymlinks();
+    if (!candidate.path().starts_with(root.path() + "/"))
+        return std::nullopt;
+    return candidate;
+}
+
+std::string LocalFiles::mime(const FileUrl& file, const platform::ContentTypes& contentTypes) {
+    static constexpr std::pair<std::string_view, std::string_view> table[] = {
+        {"js", "text/javascript"},  {"mjs", "text/javascript"},   {"css", "text/css"},
+        {"html", "text/html"},      {"wasm", "application/wasm"}, {"svg", "image/svg+xml"},
+        {"pdf", "application/pdf"}, {"mov", "video/quicktime"},   {"mp4", "video/mp4"},
+        {"m4a", "audio/mp4"},
+    };
+    const std::string extension = file.lowerExtension();
+    for (const auto& [known, type] : table)
+        if (extension == known)
+            return std::string(type);
+    if (!extension.empty())
+        if (auto type = contentTypes.mimeType(extension))
+            return *type;
+    return "application/octet-stream";
+}
+
+void LocalFiles::start(std::shared_ptr<platform::SchemeTask> task) {
+    platform::assertMainThread(executors_.main());
+    {
+        const std::lock_guard guard(lock_);
+        active_.insert(task.get());
+    }
+    executors_.userInitiated().submit([weak = weak_from_this(), main = &executors_.main(), request = task->request(),
+                                       task = std::move(task)]() mutable {
+        if (const auto self = weak.lock())
+            self->serve(task, request);
+        // The task belongs to the main thread, and so does its end.
+        main->post([task = std::move(task)] {});
+    });
+}
+
+void LocalFiles::stop(const platform::SchemeTask& task) {
+    platform::assertMainThread(executors_.main());
+    forget(task);
+}
+
+size_t LocalFiles::activeTasks() const {
+    const std::lock_guard guard(lock_);
+    return active_.size();
+}
+
+void LocalFiles::serve(const TaskRef& task, const platform::SchemeRequest& request) {
+    std::string failure;
+    try {
+        answer(*task, request);
+        deliver(*task, [&] { task->didFinish(); });
+        forget(*task);
+        return;
+    } catch (const Stopped&) {
+        return;
+    } catch (const std::exception& error) {
+        failure = userMessage(error);
+    }
+    deliver(*task, [&] { task->didFail(failure); });
+    forget(*task);
+}
+
+void LocalFiles::answer(platform::SchemeTask& task, const platform::SchemeRequest& request) {
+    const auto file = request.url ? resolve(*request.url) : std::nullopt;
+    if (!file)
+        throw FileFailure("The requested local file is unavailable.");
+    const RegularFile source(*file);
+    const uint64_t size = source.size();
+    const ByteRange range = byteRange(request.range, size);
+
+    const platform::SchemeResponse head = response(*file, range, size);
+    bool accepted = false;
+    if (!deliver(task, [&] { accepted = task.didReceiveResponse(head); }))
+        throw Stopped();
+    if (!accepted)
+        throw FileFailure("Invalid local file response.");
+    if (request.method == "HEAD")
+        return;
+
+    uint64_t offset = range.start;
+    uint64_t remaining = range.length;
+    while (remaining > 0) {
+        task.awaitCapacity();
+        const size_t wanted = static_cast<size_t>(std::min<uint64_t>(remaining, chunkSize));
+        platform::Chunk chunk{.bytes = std::make_unique_for_overwrite<std::byte[]>(wanted), .size = 0};
+        chunk.size = source.read(offset, chunk.bytes.get(), wanted);
+        if (chunk.size == 0)
+            return; // the file has shrunk
+        offset += chunk.size;
+        remaining -= chunk.size;
+        if (!deliver(task, [&] { task.didReceiveData(std::move(chunk)); }))
+            throw Stopped();
+    }
+}
+
+platform::SchemeResponse LocalFiles::response(const FileUrl& file, const ByteRange& range, uint64_t size) const {
+    platform::SchemeResponse head{.status = range.partial ? 206 : 200,
+                                  .httpVersion = "HTTP/1.1",
+                                  .headers = {{"Content-Type", mime(file, contentTypes_)},
+                                              {"Content-Length", std::to_string(range.length)},
+                                              {"Accept-Ranges", "bytes"},
+                                              {"Access-Control-Allow-Origin", "*"},
+                                              {"Cache-Control", "no-store"}}};
+    if (range.partial)
+        head.headers.emplace_back("Content-Range", "bytes " + std::to_string(range.start) + "-" +
+                                                       std::to_string(range.start + range.length - 1) + "/" +
+                                                       std::to_string(size));
+    return head;
+}
+
+/// Runs the action on the main thread, where stops arrive too: no call reaches a task after its stop.
+bool LocalFiles::deliver(const platform::SchemeTask& task, const std::function<void()>& action) {
+    bool ran = false;
+    executors_.main().runSync([&] {
+        if (!isActive(task))
+            return;
+        action();
+        ran = true;
+    });
+    return ran;
+}
+
+bool LocalFiles::isActive(const platform::SchemeTask& task) const {
+    const std::lock_guard guard(lock_);
+    return active_.contains(&task);
+}
+
+void LocalFiles::forget(const platform::SchemeTask& task) {
+    const std::lock_guard guard(lock_);
+    active_.erase(&task);
+}
+
+} // namespace quillmere
