@@ -1,3 +1,5 @@
+import { formatDuration } from '../format';
+
 export type MediaCommand =
     | { do: 'toggle' }
     | { do: 'seek'; by: number }
@@ -50,15 +52,6 @@ export function nextSpeed(current: number, step: 1 | -1): number {
     return speeds.findLast((s) => s < current) ?? current;
 }
 
-export function clockTime(seconds: number): string {
-    if (!Number.isFinite(seconds) || seconds < 0) return '–:––';
-    const whole = Math.floor(seconds);
-    const hours = Math.floor(whole / 3600);
-    const minutes = Math.floor((whole % 3600) / 60);
-    const rest = String(whole % 60).padStart(2, '0');
-    return hours > 0 ? `${hours}:${String(minutes).padStart(2, '0')}:${rest}` : `${minutes}:${rest}`;
-}
-
 export function remainingTime(position: number, duration: number): string {
-    return Number.isFinite(duration) ? `−${clockTime(Math.max(0, Math.ceil(duration - position)))}` : '';
+    return Number.isFinite(duration) ? `−${formatDuration(Math.ceil(duration - position))}` : '';
 }
