@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Scheme.h"
+#include "platform/gtk/SchemeTask.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quillmere::platform::gtk {
+
+/// Hands every request of a web context for the private scheme to the handler, and its stops. Main thread only.
+class SchemeTasks {
+public:
+    /// The handler outlives this object; the context may not.
+    SchemeTasks(WebKitWebContext* context, const std::string& scheme, SchemeHandler& handler);
+    /// Stops every task, so that no serving thread waits for a web view that is gone.
+    ~SchemeTasks();
+    SchemeTasks(const SchemeTasks&) = delete;
+    SchemeTasks& operator=(const SchemeTasks&) = delete;
+
+private:
+    struct Live {
+        explicit Live(SchemeHandler& served) : handler(served) {}
+        SchemeHandler& handler;
+        bool closed = false;
+        std::vector<std::weak_ptr<SchemeTask>> tasks;
+    };
+    static void start(Live& live, WebKitURISchemeRequest* request);
+
+    std::shared_ptr<Live> live_;
+};
+
+} // namespace quillmere::platform::gtk
