@@ -41,7 +41,9 @@ export class App {
     constructor(body: HTMLElement) {
         this.strip = new TitleStrip(body);
         body.append(this.trail.element, this.stage.element);
-        window.addEventListener('keydown', event => this.key(event));
+        window.addEventListener('keydown', event => this.key(event, event => this.command(event)));
+        // Editors have their own idea of Alt with the arrows, so these come first.
+        window.addEventListener('keydown', event => this.key(event, event => event.altKey && this.travel(event)), { capture: true });
         body.addEventListener('click', event => this.follow(event));
         // The engine's menu offers to reload the page, which would lose what is shown.
         body.addEventListener('contextmenu', event => {
@@ -228,9 +230,10 @@ export class App {
         this.strip.status(href);
     }
 
-    private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented || event.isComposing) return;
-        if (this.command(event)) event.preventDefault();
+    private key(event: KeyboardEvent, act: (event: KeyboardEvent) => boolean): void {
+        if (event.defaultPrevented || event.isComposing || !act(event)) return;
+        event.preventDefault();
+        event.stopPropagation();
     }
 
     private command(event: KeyboardEvent): boolean {
@@ -246,7 +249,7 @@ export class App {
             post({ type: 'cancel-preview' });
             return true;
         }
-        if (this.browser.token !== null && this.travel(key, event.altKey)) return true;
+        if (this.travel(event)) return true;
         if (key.toLowerCase() === 'f' && !event.altKey && this.state === 'shown') {
             post({ type: 'max' });
             return true;
@@ -255,13 +258,14 @@ export class App {
     }
 
     /** Keys that move about in a folder or archive. */
-    private travel(key: string, alt: boolean): boolean {
-        const listed = this.state === 'listing';
-        if (key === 'Backspace' ? !alt : key === 'ArrowUp' && alt) {
-            if (!listed) this.browser.refresh();
-            else if (this.browser.listing?.parentId != null) this.browser.up();
-        } else if (key === 'F5') this.browser.refresh();
-        else if (!listed && (key === 'ArrowLeft' || key === 'ArrowRight')) this.browser.step(key === 'ArrowLeft' ? -1 : 1);
+    private travel({ key, altKey, ctrlKey, metaKey, shiftKey }: KeyboardEvent): boolean {
+        const { browser } = this, listed = this.state === 'listing';
+        if (browser.token === null || ctrlKey || metaKey || shiftKey) return false;
+        if (altKey ? key === 'ArrowUp' : key === 'Backspace') {
+            if (!listed) browser.refresh();
+            else if (browser.listing?.parentId != null) browser.up();
+        } else if (key === 'F5' && !altKey) browser.refresh();
+        else if (!listed && (key === 'ArrowLeft' || key === 'ArrowRight')) browser.step(key === 'ArrowLeft' ? -1 : 1);
         else return false;
         return true;
     }

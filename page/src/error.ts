@@ -45,7 +45,7 @@ export function showError(host: HTMLElement, spec: ErrorSpec): void {
         el('div', { class: spec.cancelled ? 'card error calm enter' : 'card error enter', role: 'alert' },
             el('div', { class: 'top' },
                 el('div', { class: 'badge' }, icon(spec.cancelled ? 'info' : 'alert')),
-                el('div', { class: 'text' }, el('h1', {}, spec.what), el('p', { class: 'say' }, spec.message), next || null)),
+                el('div', { class: 'words' }, el('h1', {}, spec.what), el('p', { class: 'say' }, spec.message), next || null)),
             el('div', { class: 'end' },
                 spec.cancelled ? null : el('button', { class: 'btn left', type: 'button', onclick: copy }, icon('copy', 's'), 'Copy message'),
                 back && el('button', { class: backFirst ? 'btn main' : 'btn', type: 'button', onclick: back, 'data-focus': !!backFirst }, 'Back to folder'),

@@ -171,7 +171,7 @@ class ListingView {
         this.typed = typed;
         const { index, place, matches } = findTyped(this.entries, typed, this.selected);
         if (index >= 0) this.select(index);
-        this.find.className = 'find';
+        this.find.className = 'typed';
         this.find.replaceChildren(icon('search', 's'), el('b', {}, typed), matches ? `${place + 1} of ${matches}` : 'no such name');
         this.typedTimer = window.setTimeout(() => this.endTyping(), TYPED_FOR);
     }
