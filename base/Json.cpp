@@ -72,6 +72,13 @@ std::optional<json::value> parseJson(std::string_view text) {
     return value;
 }
 
+json::value jsonNumber(double value) {
+    constexpr double exact = 9'007'199'254'740'992; // 2^53
+    if (std::abs(value) <= exact && std::trunc(value) == value)
+        return static_cast<int64_t>(value);
+    return value;
+}
+
 std::optional<std::string> stringField(const JsonObject& object, std::string_view key) {
     const auto* value = object.if_contains(json::string_view(key.data(), key.size()));
     if (!value || !value->is_string())

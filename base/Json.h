@@ -21,6 +21,9 @@ std::optional<std::string> scriptJson(const json::value& value);
 /// Parses JSON of bounded depth; nothing when it is malformed.
 std::optional<json::value> parseJson(std::string_view text);
 
+/// The number, as an integer where it is a whole one.
+json::value jsonNumber(double value);
+
 /// The string under `key`; nothing when it is absent or of another kind.
 std::optional<std::string> stringField(const JsonObject& object, std::string_view key);
 /// The boolean under `key`; nothing when it is absent or of another kind.
