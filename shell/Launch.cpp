@@ -1,0 +1,123 @@
+#include "base/Fatal.h"
+#include "base/Text.h"
+#include "base/WeakCallback.h"
+#include "files/AppAddress.h"
+#include "lifecycle/ApplicationRegistration.h"
+#include "prepare/CacheHousekeeping.h"
+#include "shell/MainMenu.h"
+#include "shell/QuillmereDelegate.h"
+#include "shell/Toolbar.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace quillmere {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The script that prepares the page for this shell; the page runs without it when it cannot be read.
+std::optional<std::string> readUserScript(const FileUrl& resources) {
+    std::ifstream in(resources.appending("mac-shell.js").filesystemPath(), std::ios::binary);
+    if (!in)
+        return std::nullopt;
+    std::string text(std::istreambuf_iterator<char>(in), {});
+    if (in.bad() || !isValidUtf8(text))
+        return std::nullopt;
+    return text;
+}
+
+/// Later users of a folder that could not be made report their own failures.
+void createFolder(const FileUrl& folder) {
+    std::error_code ignored;
+    fs::create_directories(folder.filesystemPath(), ignored);
+    fs::permissions(folder.filesystemPath(), fs::perms::owner_all, ignored);
+}
+
+} // namespace
+
+void QuillmereDelegate::applicationDidFinishLaunching() {
+    assertMainThread();
+    ApplicationRegistration::refreshInstalledBundle({.bundle = platform_.bundle,
+                                                     .workspace = platform_.workspace,
+                                                     .executors = platform_.executors,
+                                                     .home = platform_.directories.home,
+                                                     .log = parts_.log});
+    createFolder(support_);
+    createFolder(cacheRoot());
+    cleanCache();
+    platform_.application.setMainMenu(mainMenu());
+    localFiles_ = std::make_shared<LocalFiles>(resources_, platform_.executors, platform_.contentTypes);
+    buildWindow();
+    buildWebView();
+    buildToolbar();
+    showStartupLoading();
+    lifecycle_ = std::make_shared<AppLifecycleController>(
+        window_, AppLifecycleController::Host{
+                     .dialogs = platform_.dialogs, .bundle = platform_.bundle, .home = platform_.directories.home});
+    applyAppearance();
+    window_->makeKeyAndOrderFront();
+    platform_.application.activate();
+    web_->web().load(appIndex, std::chrono::seconds(60));
+    if (!pending_)
+        takeCommandLine();
+}
+
+void QuillmereDelegate::cleanCache() {
+    platform_.executors.utility().submit([cache = cacheRoot()] { cleanPreviewCache(cache, wallNow()); });
+}
+
+void QuillmereDelegate::buildWindow() {
+    window_ = platform_.toolkit.makeWindow({.contentSize = {.width = 1240, .height = 800},
+                                            .minimumSize = {.width = 640, .height = 440},
+                                            .title = "Quillmere",
+                                            .autosaveName = "Quillmere.MainWindow",
+                                            .titleHidden = true,
+                                            .titleBarTransparent = true,
+                                            .opaque = false});
+    window_->setClient(weak_from_this());
+    window_->center();
+    content_ = view::View::make(view::Overlay{});
+    window_->setContent(content_);
+    background_.emplace();
+    content_->add(background_->view());
+}
+
+void QuillmereDelegate::buildWebView() {
+    web_ = FileWebView::make(platform_.toolkit.makeWebView({.scheme = appScheme,
+                                                            .host = appHost,
+                                                            .schemeHandler = localFiles_.get(),
+                                                            .messageHandler = "quillMere",
+                                                            .userScript = readUserScript(resources_),
+                                                            .javaScriptCanOpenWindows = false,
+                                                            .mediaPlaybackNeedsUserAction = false}),
+                             weak_from_this());
+    web_->onDrop = weakly(weak_from_this(), [](QuillmereDelegate& self, const FileUrl& file) {
+        self.open(file, std::nullopt, std::nullopt);
+    });
+    content_->add(web_->web().view());
+}
+
+void QuillmereDelegate::buildToolbar() {
+    if (!platform_.toolkit.hasSymbol(folderSymbol) || !platform_.toolkit.hasSymbol(settingsSymbol))
+        fatalStop("a toolbar symbol is missing");
+    const Toolbar toolbar = makeToolbar(weakly(weak_from_this(), [](QuillmereDelegate& self) { self.openDialog(); }),
+                                        weakly(weak_from_this(), [](QuillmereDelegate& self) { self.showSettings(); }));
+    toolbar_ = toolbar.surface;
+    settingsButton_ = toolbar.settingsButton;
+    content_->add(toolbar_);
+}
+
+void QuillmereDelegate::takeCommandLine() {
+    const auto& arguments = platform_.application.arguments();
+    for (size_t i = 1; i < arguments.size(); ++i) {
+        if (arguments[i].starts_with('-'))
+            continue;
+        pending_ = FileUrl(arguments[i].empty() ? "." : arguments[i]).standardized();
+        return;
+    }
+}
+
+} // namespace quillmere

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/Menu.h"
+
+namespace quillmere {
+
+/// The program's menu bar.
+platform::MenuSpec mainMenu();
+
+} // namespace quillmere
