@@ -83,10 +83,12 @@ export class App {
         document.documentElement.dataset.full = on ? 'on' : 'off';
     }
 
-    private enter(state: State, viewer: string = state): void {
+    private enter(state: State, viewer: string = state, detail = this.strip.name): void {
         this.state = state;
         document.documentElement.dataset.state = state;
         document.documentElement.dataset.viewer = viewer;
+        // Read from outside the page: which view stands, then what is in it.
+        document.title = [state, viewer === state ? '' : viewer, detail].filter(Boolean).join(' ');
     }
 
     private showStart(): void {
@@ -131,7 +133,7 @@ export class App {
             if (signal.aborted) return;
             this.fail({
                 type: 'error', name: message.name, requestId: message.requestId, containerToken: message.containerToken,
-                message: error instanceof Error && error.message ? error.message : 'The file could not be read.',
+                message: sentenceOf(error),
             });
         }
     }
@@ -173,11 +175,11 @@ export class App {
         this.enter('listing');
     }
 
-    private fail(message: Omit<Failure, 'type'> & { type: 'error' }): void {
+    private fail(message: Failure): void {
         clearTimeout(this.busyTimer);
         this.browser.failed();
         const cancelled = message.message === CANCELLED;
-        const name = message.name ?? document.title;
+        const name = message.name ?? this.strip.name;
         const kind = kindOfExtension(extensionOf(name));
         const inside = message.containerToken !== undefined;
         if (message.name !== undefined) this.strip.show(message.name, kind);
@@ -190,7 +192,7 @@ export class App {
             back: inside ? () => this.browser.refresh() : undefined,
             status: text => this.strip.status(text),
         }));
-        this.enter('error');
+        this.enter('error', 'error', message.message);
     }
 
     /** The platform's own preview lies over the page, which keeps only its strips. */
@@ -245,8 +247,8 @@ export class App {
             return true;
         }
         if (control || isEditable(event.target)) return false;
-        if (this.state === 'busy' && key === 'Escape') {
-            post({ type: 'cancel-preview' });
+        if (key === 'Escape' && (this.state === 'busy' || document.documentElement.dataset.full === 'on')) {
+            post({ type: this.state === 'busy' ? 'cancel-preview' : 'max' });
             return true;
         }
         if (this.travel(event)) return true;
@@ -269,6 +271,11 @@ export class App {
         else return false;
         return true;
     }
+}
+
+/** Viewers speak to the user through plain errors; what the engine throws is not made for reading. */
+function sentenceOf(error: unknown): string {
+    return error instanceof Error && error.constructor === Error && error.message ? error.message : 'The file is damaged, or it is not what its name says.';
 }
 
 function whatFailed(kind: Kind, name: string): string {

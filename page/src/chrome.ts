@@ -23,6 +23,8 @@ export class TitleStrip implements Chrome {
     private readonly toolCapsule = toolbar(el('div', { class: 'capsule', hidden: true }), 'Tools');
     private readonly statusText = el('div', { class: 'capsule status', role: 'status', 'aria-live': 'polite' });
     private statusTimer = 0;
+    /** What is shown; empty for nothing. */
+    name = '';
     readonly element = el('header', { class: 'strip', onpointerdown: startDrag },
         this.nameCapsule, el('span', { class: 'grow' }), this.toolCapsule);
 
@@ -33,7 +35,7 @@ export class TitleStrip implements Chrome {
 
     /** Names what is shown and takes away what the view before left; no name hides the capsule. */
     show(name: string, kind: Kind = kindOfExtension('')): void {
-        document.title = name || 'Quillmere';
+        this.name = name;
         this.nameCapsule.hidden = !name;
         this.nameText.textContent = name;
         this.nameCapsule.title = name;

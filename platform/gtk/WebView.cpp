@@ -1,6 +1,7 @@
 #include "platform/gtk/WebView.h"
 
 #include "platform/gtk/FileDrop.h"
+#include "platform/gtk/PageTitle.h"
 #include "platform/gtk/WebViewSettings.h"
 
 namespace quillmere::platform::gtk {
@@ -36,6 +37,7 @@ WebView::WebView(const WebViewConfiguration& configuration, const FileUrl& exten
               [this](json::value body) { deliver(std::move(body)); }) {
     web_ = makeWebWidget(configuration, context_.get(), session_.get(), content_.get());
     view_ = view::View::make(view::Native{std::make_shared<WebWidget>(web_)});
+    title_ = publishPageTitle(web_.get());
     watchNavigation();
     refuseRequests();
 }

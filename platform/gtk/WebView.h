@@ -54,6 +54,7 @@ private:
     std::string url_; // what was loaded last
     LoopTimer timeout_;
     LoopTimer failure_;
+    SignalConnections title_;
     SignalConnections signals_;
 };
 
