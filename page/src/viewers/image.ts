@@ -42,7 +42,8 @@ function groundFor(image: HTMLImageElement): string[] {
         context.drawImage(image, 0, 0, sampleSide, sampleSide);
         pixels = context.getImageData(0, 0, sampleSide, sampleSide).data;
     } catch {
-        return [];
+        // A drawing with foreign parts keeps its pixels to itself.
+        return ['see-through', 'on-light'];
     }
     let weight = 0;
     let light = 0;

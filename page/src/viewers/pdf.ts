@@ -12,6 +12,12 @@ import './pdf.css';
 
 type Viewer = typeof import('pdfjs-dist/web/pdf_viewer.mjs');
 
+interface FindReport {
+    matchesCount: { current: number; total: number };
+    // Only with a change of state, not with a mere change of the count.
+    state?: number;
+}
+
 const firstPageMilliseconds = 4000;
 const smallestScale = 0.1;
 const largestScale = 10;
@@ -68,6 +74,7 @@ class PdfView {
         const { signal } = view;
         this.slides = doc.kind === 'slides';
         host.append(this.container);
+        host.classList.toggle('pdf-slides', this.slides);
         this.bus = new library.EventBus();
         this.links = new library.PDFLinkService({ eventBus: this.bus });
         // Links out of the document lead nowhere; their address is told instead.
@@ -90,7 +97,6 @@ class PdfView {
             annotationMode: 1,
             annotationEditorMode: -1,
             enableAutoLinking: false,
-            removePageBorders: true,
             abortSignal: signal,
         };
         this.viewer = new library.PDFViewer(options);
@@ -109,7 +115,7 @@ class PdfView {
         host.append(this.thumbs.element, this.find.element);
         signal.addEventListener('abort', () => {
             this.viewer.setDocument(null as unknown as PDFDocumentProxy);
-            host.classList.remove('pdf-side');
+            host.classList.remove('pdf-side', 'pdf-slides');
         });
     }
 
@@ -135,8 +141,10 @@ class PdfView {
         });
         this.bus.on('pagechanging', ({ pageNumber }: { pageNumber: number }) => this.showPage(pageNumber));
         this.bus.on('scalechanging', () => this.showScale());
-        const reportFind = ({ matchesCount: { current, total } }: { matchesCount: { current: number; total: number } }) =>
-            this.find.report(!this.find.text ? '' : total ? `${current} of ${total}` : 'None found');
+        const reportFind = ({ matchesCount: { current, total }, state }: FindReport) => {
+            const missing = state === this.library.FindState.NOT_FOUND;
+            this.find.report(!this.find.text ? '' : missing ? 'None found' : total ? `${current} of ${total}` : 'Searching');
+        };
         this.bus.on('updatefindmatchescount', reportFind);
         this.bus.on('updatefindcontrolstate', reportFind);
 
@@ -151,6 +159,7 @@ class PdfView {
         this.showPage(1);
         await rendered;
         signal.throwIfAborted();
+        this.thumbs.start();
     }
 
     private makeBar(): void {

@@ -1,10 +1,10 @@
-import type { PDFDocumentProxy } from 'pdfjs-dist';
-import PdfWorker from 'pdfjs-dist/build/pdf.worker.min.mjs?worker';
+import * as library from 'pdfjs-dist';
 import type { Doc } from '../doc';
-import { pdfChunk } from './pdfrange';
+import { DocRangeTransport, pdfChunk } from './pdfrange';
+import './streamiteration';
 
 export interface OpenPdf {
-    readonly document: Promise<PDFDocumentProxy>;
+    readonly document: Promise<library.PDFDocumentProxy>;
     readonly viewer: typeof import('pdfjs-dist/web/pdf_viewer.mjs');
     // Called when the file asks for a password; `again` after a wrong one.
     onPassword: (again: boolean, answer: (password: string) => void) => void;
@@ -16,18 +16,13 @@ const messages: Record<string, string> = {
 };
 
 export async function openPdf(doc: Doc, signal: AbortSignal): Promise<OpenPdf> {
-    const [library, { DocRangeTransport }, head] = await Promise.all([
-        import('pdfjs-dist'),
-        import('./pdfrange'),
-        doc.range(0, pdfChunk, signal),
-    ]);
-    // The viewer components look for the library in a global of this name.
+    // The viewer components look for the library in a global of this name, so they come after it.
     (globalThis as { pdfjsLib?: unknown }).pdfjsLib = library;
-    const viewer = await import('pdfjs-dist/web/pdf_viewer.mjs');
+    const [viewer, head] = await Promise.all([import('pdfjs-dist/web/pdf_viewer.mjs'), doc.range(0, pdfChunk, signal)]);
     signal.throwIfAborted();
     if (head.length === 0) throw new Error('This PDF is empty.');
 
-    const port = new PdfWorker();
+    const port = new Worker(new URL('./workers/pdfworker.ts', import.meta.url), { type: 'module' });
     const worker = new library.PDFWorker({ port: port as unknown as null });
     const data = (folder: string) => new URL(`pdf/${folder}/`, document.baseURI).href;
     let readFailure: Error | undefined;

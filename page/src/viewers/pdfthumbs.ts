@@ -38,9 +38,14 @@ export class PdfThumbs {
             open(this.current + step);
             to.focus();
         });
-        const watch = new IntersectionObserver((entries) => this.watched(entries), { root: this.list, rootMargin: near });
+    }
+
+    // Begins to draw; the page itself should be there first.
+    start(): void {
+        if (this.signal.aborted) return;
+        const watch = new IntersectionObserver(entries => this.watched(entries), { root: this.list, rootMargin: near });
         for (const item of this.items) watch.observe(item);
-        signal.addEventListener('abort', () => {
+        this.signal.addEventListener('abort', () => {
             watch.disconnect();
             this.waiting.clear();
         });
