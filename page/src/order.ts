@@ -9,23 +9,23 @@ export const firstDirection = (column: Column): Direction => (column === 'size' 
 
 /** Sorted by a column, folders first. The shell's order is the order of names and decides between equals. */
 export function sortEntries(entries: readonly Entry[], column: Column, direction: Direction): Entry[] {
-    const sign = direction === 'ascending' ? 1 : -1;
-    const rows = entries.map((entry, place) => ({ entry, place, key: keyOf(entry, column, place) }));
-    rows.sort((a, b) =>
-        Number(b.entry.isDirectory) - Number(a.entry.isDirectory)
-        || sign * (a.key < b.key ? -1 : a.key > b.key ? 1 : 0)
-        || a.place - b.place);
-    return rows.map(row => row.entry);
+    const folders = entries.filter(entry => entry.isDirectory), files = entries.filter(entry => !entry.isDirectory);
+    return [...sortAlike(folders, column, direction), ...sortAlike(files, column, direction)];
 }
 
-function keyOf(entry: Entry, column: Column, place: number): string | number {
-    switch (column) {
-        case 'name': return place;
-        case 'kind': return kindOfEntry(entry).label;
-        case 'size': return entry.size ?? -1;
-        case 'modified': return entry.modified;
-    }
+function sortAlike(entries: Entry[], column: Column, direction: Direction): Entry[] {
+    if (column === 'name') return direction === 'ascending' ? entries : entries.reverse();
+    const sign = direction === 'ascending' ? 1 : -1, keyOf = KEYS[column];
+    return entries.map(entry => ({ entry, key: keyOf(entry) }))
+        .sort((a, b) => sign * (a.key < b.key ? -1 : a.key > b.key ? 1 : 0))
+        .map(({ entry }) => entry);
 }
+
+const KEYS: Record<Exclude<Column, 'name'>, (entry: Entry) => string | number> = {
+    kind: entry => kindOfEntry(entry).label,
+    size: entry => entry.size ?? -1,
+    modified: entry => entry.modified,
+};
 
 /** The entry that typed letters lead to, searched from `from` on and round; -1 when no name starts with them. */
 export function findTyped(entries: readonly Entry[], typed: string, from: number): { index: number; place: number; matches: number } {
