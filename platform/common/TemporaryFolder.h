@@ -1,0 +1,35 @@
+#pragma once
+
+#include "base/FileUrl.h"
+
+#include <memory>
+
+namespace quillmere::platform {
+
+/// Makes a folder and the folders above it that are missing, for the user alone (0700). Throws the file system's error.
+void makePrivateFolders(const FileUrl& folder);
+
+/// A work folder of its own, named by a fresh UUID, removed with everything in it when the last reference goes (errors
+/// of the removal are ignored), or by `removeAll` at the end of the program.
+class TemporaryFolder {
+public:
+    /// Makes it inside `parent`, which is made too. Throws the file system's error.
+    static std::shared_ptr<const TemporaryFolder> makeInside(const FileUrl& parent);
+
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder();
+
+    const FileUrl& url() const noexcept { return url_; }
+
+    /// Removes every temporary folder that still exists: for the end of the program, whose workers are not waited for.
+    /// Any thread.
+    static void removeAll() noexcept;
+
+private:
+    explicit TemporaryFolder(FileUrl url);
+
+    FileUrl url_;
+};
+
+} // namespace quillmere::platform

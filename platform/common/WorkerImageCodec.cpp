@@ -1,0 +1,68 @@
+#include "platform/common/WorkerImageCodec.h"
+
+#include "base/Errors.h"
+#include "platform/common/TemporaryFolder.h"
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace quillmere::platform {
+
+namespace {
+
+constexpr auto timeLimit = std::chrono::seconds(60);
+constexpr int niceness = 5;
+
+/// A sanitizer's shadow memory alone is larger than any sensible limit.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::optional<std::uint64_t> addressSpace{};
+#else
+constexpr std::optional<std::uint64_t> addressSpace = 4ULL << 30;
+#endif
+
+constexpr ResourceLimits limits{
+    .addressSpace = addressSpace, .cpuSeconds = 60, .fileSize = 1ULL << 30, .openFiles = 64, .processes = 256};
+
+} // namespace
+
+WorkerImageCodec::WorkerImageCodec(FileUrl worker, const Confinement& confinement)
+    : worker_(std::move(worker)), confinement_(confinement) {}
+
+ImageOutcome WorkerImageCodec::writeThumbnail(const FileUrl& source, const FileUrl& output, int maxSide) {
+    try {
+        const auto work = TemporaryFolder::makeInside(output.parent());
+        const FileUrl produced = work->url().appending("image.png");
+        const ImageOutcome outcome = runWorker(source, produced, maxSide);
+        if (outcome == ImageOutcome::written && std::rename(produced.path().c_str(), output.path().c_str()) != 0)
+            return ImageOutcome::writeFailed;
+        return outcome;
+    } catch (const std::exception&) {
+        return ImageOutcome::writeFailed; // no folder to write to, or no program to write
+    }
+}
+
+ImageOutcome WorkerImageCodec::runWorker(const FileUrl& source, const FileUrl& produced, int maxSide) const {
+    const ProcessSpec program{.executable = worker_,
+                              .arguments = {source.path(), produced.path(), std::to_string(maxSide)},
+                              .limits = limits,
+                              .niceness = niceness};
+    ChildProcess child(confinement_.confine(program, {.readable = {source}, .writable = produced.parent()}));
+    if (!child.waitUntil(steadyNow() + timeLimit))
+        return ImageOutcome::unreadable;
+    const ExitStatus status = child.wait();
+    if (status.signal != 0)
+        return ImageOutcome::unreadable;
+    switch (static_cast<ImageWorkerExit>(status.code)) {
+    case ImageWorkerExit::written:
+        return ImageOutcome::written;
+    case ImageWorkerExit::writeFailed:
+        return ImageOutcome::writeFailed;
+    case ImageWorkerExit::unreadable:
+        break;
+    }
+    return ImageOutcome::unreadable;
+}
+
+} // namespace quillmere::platform
