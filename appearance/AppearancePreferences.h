@@ -13,7 +13,7 @@ struct AppearancePreferences {
     static constexpr const char* customPhoto = "custom";
 
     std::string tint = "#141614";
-    std::string photo;         // empty: none; "custom": the user's own; else the file name of a preset
+    std::string photo{};       // empty: none; "custom": the user's own; else the file name of a preset
     double photoOpacity = 1.0; // 0 to 1
     double photoBlur = 0.0;    // 0 to 100
     bool airOutline = true;

@@ -13,9 +13,9 @@ namespace quillmere {
 
 /// What the file system knows of a bundle's folder; what it does not know is absent.
 struct FileAttributes {
-    std::optional<uint64_t> fileSystemNumber;
-    std::optional<uint64_t> fileNumber;
-    std::optional<std::string> creationDate;
+    std::optional<uint64_t> fileSystemNumber{};
+    std::optional<uint64_t> fileNumber{};
+    std::optional<std::string> creationDate{};
 };
 
 /// The installation: whether this copy is the installed one, and what it may offer the user then. Main thread only.
