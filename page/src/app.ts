@@ -5,6 +5,7 @@ import { Browser } from './browser';
 import { showBusy } from './busy';
 import { TitleStrip, type Chrome } from './chrome';
 import { clipboardAnswered, copyText } from './clipboard';
+import { Details, factsOfEntry, factsOfFile } from './details';
 import { makeDoc } from './doc';
 import { iconButton, isEditable } from './dom';
 import { CANCELLED, showError } from './error';
@@ -33,14 +34,15 @@ export class App {
     private readonly browser = new Browser(post);
     private readonly stage = new Stage();
     private readonly trail = new Trail();
+    private readonly details = new Details(text => void this.copy(text, 'Details'));
     private readonly strip: TitleStrip;
     private state: State | null = null;
     private busyTimer = 0;
     private startTimer = 0;
 
     constructor(body: HTMLElement) {
-        this.strip = new TitleStrip(body);
-        body.append(this.trail.element, this.stage.element);
+        this.strip = new TitleStrip(body, { button: this.details.button, offered: () => this.details.available });
+        body.append(this.trail.element, this.stage.element, this.details.element);
         window.addEventListener('keydown', event => this.key(event, event => this.command(event)));
         // Editors have their own idea of Alt with the arrows, so these come first.
         window.addEventListener('keydown', event => this.key(event, event => event.altKey && this.travel(event)), { capture: true });
@@ -106,6 +108,7 @@ export class App {
         const since = performance.now();
         this.busyTimer = window.setTimeout(() => {
             const kind = kindOfExtension(extensionOf(message.name));
+            this.details.show(null);
             this.strip.show(message.name, kind);
             if (!message.containerToken) this.trail.show(null);
             this.stage.cover('view', (host, signal) => showBusy(host, signal, message.name, kind, since, () => post({ type: 'cancel-preview' })));
@@ -118,6 +121,7 @@ export class App {
         const view = this.stage.load(message.containerToken ? 'body deep' : 'body');
         this.browser.begun(message.containerToken);
         this.enter('busy');
+        this.details.show(factsOfFile(message, this.browser.opened, this.browser.listing?.path ?? ''));
         this.strip.show(message.name, kind);
         this.showTrail(message.containerToken, message.name);
         const { signal } = view.abort;
@@ -165,19 +169,23 @@ export class App {
         if (!this.browser.arrived(container)) return;
         clearTimeout(this.busyTimer);
         const kind = container.kind === 'folder' ? kindOfEntry({ isDirectory: true, ext: '' }) : kindOfExtension(extensionOf(container.name));
+        this.details.show(null);
         this.strip.show(message.name, kind);
         this.strip.meta(formatCount(container.entries.length, 'item'));
         this.showTrail(container.token);
         this.stage.show('body deep', (host, signal) => showListing(host, signal, this.browser, {
             status: text => this.strip.status(text),
             copyPath: entry => void this.copyPath(entryPath(container, entry.name)),
+            selected: entry => this.details.show(factsOfEntry(entry, container.path)),
         }));
+        this.strip.tools();
         this.enter('listing');
     }
 
     private fail(message: Failure): void {
         clearTimeout(this.busyTimer);
         this.browser.failed();
+        this.details.show(null);
         const cancelled = message.message === CANCELLED;
         const name = message.name ?? this.strip.name;
         const kind = kindOfExtension(extensionOf(name));
@@ -198,6 +206,7 @@ export class App {
     /** The platform's own preview lies over the page, which keeps only its strips. */
     private standAside(message: NativePreview): void {
         clearTimeout(this.busyTimer);
+        this.details.show(null);
         this.strip.show(message.name, kindOfExtension(extensionOf(message.name)));
         this.showTrail(message.containerToken, message.name);
         this.stage.clear();
@@ -219,8 +228,12 @@ export class App {
         this.trail.show({ crumbs, up: canRise ? up : undefined, tools: inDocument ? (listing ? [copy] : []) : [copy, refresh] });
     }
 
-    private async copyPath(path: string): Promise<void> {
-        this.strip.status((await copyText(path)) ? 'Path copied' : 'The path could not be copied.');
+    private copyPath(path: string): Promise<void> {
+        return this.copy(path, 'Path');
+    }
+
+    private async copy(text: string, what: string): Promise<void> {
+        this.strip.status((await copyText(text)) ? `${what} copied` : `${what} could not be copied.`);
     }
 
     /** Links in documents lead nowhere; their address is shown instead. */
@@ -243,10 +256,15 @@ export class App {
         if (control && !event.altKey) {
             if (key.toLowerCase() === 'o' && !event.shiftKey) post({ type: 'open-dialog' });
             else if (key === ',') post({ type: 'mac-settings' });
+            else if (key.toLowerCase() === 'i' && !event.shiftKey && this.details.available) this.details.toggle();
             else return false;
             return true;
         }
         if (control || isEditable(event.target)) return false;
+        if (key === 'Escape' && this.details.open) {
+            this.details.toggle();
+            return true;
+        }
         if (key === 'Escape' && (this.state === 'busy' || document.documentElement.dataset.full === 'on')) {
             post({ type: this.state === 'busy' ? 'cancel-preview' : 'max' });
             return true;

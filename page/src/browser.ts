@@ -76,6 +76,12 @@ export class Browser {
         return this.sorted;
     }
 
+    /** The entry that the shown document was opened from. */
+    get opened(): Entry | null {
+        if (this.openedId === null || this.listing?.token !== this.token) return null;
+        return this.sorted.find(entry => entry.id === this.openedId) ?? null;
+    }
+
     open(entry: Entry): void {
         if (!this.listing || entry.blockedReason) return;
         this.openedId = entry.id;
@@ -109,8 +115,9 @@ export class Browser {
 
     /** Where the opened document stands among the documents of its level; null when there is nothing to step to. */
     get position(): { index: number; count: number } | null {
-        if (this.openedId === null || this.listing?.token !== this.token) return null;
-        const documents = documentsOf(this.sorted), index = documents.findIndex(entry => entry.id === this.openedId);
+        const { opened } = this;
+        if (!opened) return null;
+        const documents = documentsOf(this.sorted), index = documents.indexOf(opened);
         return index < 0 || documents.length < 2 ? null : { index, count: documents.length };
     }
 

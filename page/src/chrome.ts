@@ -28,7 +28,8 @@ export class TitleStrip implements Chrome {
     readonly element = el('header', { class: 'strip', onpointerdown: startDrag },
         this.nameCapsule, el('span', { class: 'grow' }), this.toolCapsule);
 
-    constructor(body: HTMLElement) {
+    /** `always` follows the tools of the view while it may be offered. */
+    constructor(body: HTMLElement, private readonly always: { button: HTMLElement; offered: () => boolean }) {
         // Window controls are native; over a photo they would vanish on a matching spot without a plate of ours.
         body.append(el('div', { class: 'capsule plate', 'aria-hidden': 'true' }), this.element, this.statusText);
     }
@@ -48,7 +49,8 @@ export class TitleStrip implements Chrome {
         this.metaText.textContent = text;
     }
 
-    tools(...buttons: HTMLElement[]): void {
+    tools(...own: HTMLElement[]): void {
+        const buttons = this.always.offered() ? [...own, this.always.button] : own;
         this.toolCapsule.replaceChildren(...buttons);
         this.toolCapsule.hidden = buttons.length === 0;
         buttons.forEach((button, i) => (button.tabIndex = i === 0 ? 0 : -1));

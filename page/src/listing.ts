@@ -13,6 +13,7 @@ const COLUMNS: [Column, string][] = [['name', 'Name'], ['kind', 'Kind'], ['size'
 export interface ListingHost {
     status(text: string): void;
     copyPath(entry: Entry): void;
+    selected(entry: Entry): void;
 }
 
 /** The list of one folder or archive level. */
@@ -106,6 +107,7 @@ class ListingView {
             row?.querySelector('b')?.replaceWith(this.name(this.entries[at]!, at));
         }
         this.grid.setAttribute('aria-activedescendant', `row-${index}`);
+        this.page.selected(this.entries[index]!);
         this.keepPlace();
     }
 
