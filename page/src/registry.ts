@@ -13,6 +13,7 @@ const LOADERS = {
     audio: () => import('./viewers/audio'),
     docx: () => import('./viewers/docx'),
     markdown: () => import('./viewers/markdown'),
+    table: () => import('./viewers/table'),
 } satisfies Record<string, () => Promise<Viewer>>;
 
 export type ViewerName = keyof typeof LOADERS;
@@ -30,6 +31,7 @@ const VIEWERS: [ViewerName, string][] = [
     ['audio', 'mp3 m4a flac ogg opus wav aac oga'],
     ['docx', 'docx docm dotx'],
     ['markdown', 'md markdown'],
+    ['table', 'csv tsv tab xls xlsx xlsm xlsb ods'],
 ];
 const BY_EXTENSION = new Map(VIEWERS.flatMap(([viewer, list]) => list.split(' ').map(ext => [ext, viewer] as const)));
 

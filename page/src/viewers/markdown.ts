@@ -9,8 +9,10 @@ import './markdown.css';
 
 // Beyond this, laying out the rendered page would take longer than reading the source.
 const sizeLimit = 4 * 1024 * 1024;
+const editorLimit = 64 * 1024 * 1024;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
+    if (doc.size > editorLimit) return (await import('./largetext')).show(host, doc, view);
     if (doc.size > sizeLimit) return showText(host, doc, view);
     const source = await doc.text(view.signal);
     const renderer = new MarkdownIt({ html: true, linkify: true, typographer: false });

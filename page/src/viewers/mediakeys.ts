@@ -53,5 +53,5 @@ export function nextSpeed(current: number, step: 1 | -1): number {
 }
 
 export function remainingTime(position: number, duration: number): string {
-    return Number.isFinite(duration) ? `−${formatDuration(Math.ceil(duration - position))}` : '';
+    return Number.isFinite(duration) ? `−${formatDuration(Math.floor(duration) - Math.floor(position))}` : '';
 }
