@@ -7,5 +7,5 @@ target_compile_options(quillmere_warnings INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(quillmere_warnings INTERFACE -Wduplicated-cond -Wlogical-op -Wuseless-cast)
     # GCC 12 reports these inside inlined standard-library code at -O2 and under the sanitizers.
-    target_compile_options(quillmere_warnings INTERFACE -Wno-null-dereference)
+    target_compile_options(quillmere_warnings INTERFACE -Wno-null-dereference -Wno-restrict)
 endif()

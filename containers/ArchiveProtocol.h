@@ -1,0 +1,59 @@
+#pragma once
+
+#include "containers/ArchiveReader.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quillmere {
+
+/// What the archive helper program says to its reader, over one pipe: frames of a length, a kind and a body, in the
+/// machine's own byte order. Nothing that comes in is trusted: every length is bounded before it is used.
+namespace archiveProtocol {
+
+enum class Kind : unsigned char {
+    header = 1, ///< the facts of one entry
+    skipped,    ///< the entry's data was passed over
+    end,        ///< no more entries
+    failure,    ///< reading failed, with the reader's words or none
+    data,       ///< 1 to `maxData` bytes of the wanted entry
+    dataEnd,    ///< the wanted entry is complete
+    alive       ///< nothing new; a call takes long
+};
+
+inline constexpr size_t maxName = 65'535;
+inline constexpr size_t maxFormat = 255;
+inline constexpr size_t maxText = 1'024;
+inline constexpr size_t maxData = 65'536;
+
+/// Writing: each adds one frame. Longer names, formats and texts are cut; a name that is cut is refused by its length
+/// anyway.
+void appendHeader(std::string& out, const EntryFacts& facts);
+void appendFailure(std::string& out, const std::optional<std::string>& text);
+void appendData(std::string& out, std::string_view bytes);
+void appendPlain(std::string& out, Kind kind);
+
+struct Message {
+    Kind kind = Kind::alive;
+    EntryFacts facts{};                ///< of a header
+    std::optional<std::string> text{}; ///< of a failure
+    std::string_view data{};           ///< of data; valid until the parser is used again
+};
+
+/// Takes the stream apart.
+class Parser {
+public:
+    enum class Result { message, incomplete, malformed };
+
+    void add(std::string_view bytes);
+    Result next(Message& message);
+
+private:
+    std::string buffer_;
+    size_t start_ = 0;
+};
+
+} // namespace archiveProtocol
+
+} // namespace quillmere

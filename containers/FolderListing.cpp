@@ -1,0 +1,109 @@
+#include "containers/FolderListing.h"
+
+#include "base/Errors.h"
+#include "base/Text.h"
+#include "base/Uuid.h"
+#include "containers/ConfinedFolder.h"
+#include "containers/ContainerLimits.h"
+#include "containers/ContainerMessages.h"
+
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <string_view>
+#include <sys/stat.h>
+#include <utility>
+
+namespace quillmere {
+
+namespace {
+
+struct FolderCloser {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+using OpenFolder = std::unique_ptr<DIR, FolderCloser>;
+
+OpenFolder openFolder(const FileUrl& root, const std::string& path) {
+    ConfinedPlace place = confinedPlace(root, path, fileFacts::Handle::place);
+    // The handle itself is read, not its name again.
+    FileDescriptor readable(::openat(place.handle.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!readable)
+        throwFileError(errno, place.url.path());
+    OpenFolder folder(::fdopendir(readable.get()));
+    if (!folder)
+        throwFileError(errno, place.url.path());
+    readable.release(); // the folder owns it now
+    return folder;
+}
+
+std::vector<std::string> namesIn(DIR* folder, const FileUrl& root) {
+    std::vector<std::string> names;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(folder);
+        if (!entry && errno != 0)
+            throwFileError(errno, root.path());
+        if (!entry)
+            return names;
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..")
+            continue;
+        if (names.size() == limits::folderEntries)
+            throw ContainerError(messages::folderTooLarge);
+        names.emplace_back(name);
+    }
+}
+
+/// Facts of the entry itself, never of a link's target.
+void describe(Node& node, int folder, const std::string& name) {
+    struct statx status{};
+    constexpr unsigned wanted = STATX_TYPE | STATX_SIZE | STATX_MTIME;
+    if (::statx(folder, name.c_str(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, wanted, &status) != 0) {
+        node.blocked = messages::blockedUnavailable;
+        return;
+    }
+    node.directory = S_ISDIR(status.stx_mode);
+    node.size = node.directory ? 0 : static_cast<int64_t>(status.stx_size);
+    node.modified =
+        static_cast<double>(status.stx_mtime.tv_sec) * 1000 + static_cast<double>(status.stx_mtime.tv_nsec) / 1'000'000;
+    if (S_ISLNK(status.stx_mode))
+        node.blocked = messages::blockedLink;
+    else if (!node.directory && !S_ISREG(status.stx_mode))
+        node.blocked = messages::blockedSpecial;
+}
+
+} // namespace
+
+std::vector<const Node*> listFolder(Session& session, const std::string& path, const WorkWatch& watch) {
+    const OpenFolder folder = openFolder(session.source, path);
+    const std::vector<std::string> names = namesIn(folder.get(), session.source.appending(path));
+
+    std::vector<std::string> paths;
+    paths.reserve(names.size());
+    for (const auto& name : names) {
+        watch.check();
+        std::string relative = path.empty() ? name : path + "/" + name;
+        Node& node = session.nodes[relative];
+        Node fresh{.id = node.id.empty() ? newUuid() : std::move(node.id), .path = relative, .name = displayText(name)};
+        describe(fresh, ::dirfd(folder.get()), name);
+        node = std::move(fresh);
+        session.byID[node.id] = relative;
+        paths.push_back(std::move(relative));
+    }
+
+    std::unordered_map<std::string, Node> kept;
+    kept.reserve(paths.size());
+    session.byID.clear();
+    std::vector<const Node*> listed;
+    listed.reserve(paths.size());
+    for (const auto& relative : paths) {
+        const auto known = kept.insert(session.nodes.extract(relative)).position;
+        session.byID[known->second.id] = relative;
+        listed.push_back(&known->second);
+    }
+    session.nodes = std::move(kept);
+    return listed;
+}
+
+} // namespace quillmere

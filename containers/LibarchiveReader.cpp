@@ -1,0 +1,159 @@
+#include "containers/LibarchiveReader.h"
+
+#include "containers/ContainerLimits.h"
+#include "containers/ContainerMessages.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace quillmere {
+
+namespace {
+
+/// libarchive translates names by the character type of the thread's locale; anything but UTF-8 loses names.
+class Utf8Names {
+public:
+    explicit Utf8Names(locale_t locale) : previous_(locale ? uselocale(locale) : locale_t{}) {}
+    ~Utf8Names() {
+        if (previous_)
+            uselocale(previous_);
+    }
+    Utf8Names(const Utf8Names&) = delete;
+    Utf8Names& operator=(const Utf8Names&) = delete;
+
+private:
+    locale_t previous_;
+};
+
+} // namespace
+
+/// The archive's bytes, from the descriptor that was checked.
+struct LibarchiveReader::Source {
+    int descriptor;
+    alignas(4096) std::array<char, limits::blockBytes> block;
+
+    static la_ssize_t read(archive* handle, void* data, const void** buffer) {
+        auto& source = *static_cast<Source*>(data);
+        *buffer = source.block.data();
+        for (;;) {
+            const ssize_t count = ::read(source.descriptor, source.block.data(), source.block.size());
+            if (count >= 0)
+                return count;
+            if (errno != EINTR) {
+                archive_set_error(handle, errno, "Error reading the file");
+                return -1;
+            }
+        }
+    }
+
+    static la_int64_t skip(archive*, void* data, la_int64_t request) {
+        const auto& source = *static_cast<Source*>(data);
+        // A move past the end would go unnoticed; the rest is then read, which finds the end.
+        const off_t here = lseek(source.descriptor, 0, SEEK_CUR);
+        const off_t end = lseek(source.descriptor, 0, SEEK_END);
+        if (here < 0 || end < 0 || lseek(source.descriptor, here, SEEK_SET) < 0 || request > end - here)
+            return 0;
+        return lseek(source.descriptor, request, SEEK_CUR) < 0 ? 0 : request;
+    }
+
+    static la_int64_t seek(archive* handle, void* data, la_int64_t offset, int whence) {
+        const off_t place = lseek(static_cast<Source*>(data)->descriptor, offset, whence);
+        if (place >= 0)
+            return place;
+        archive_set_error(handle, errno, "Error seeking in the file");
+        return ARCHIVE_FATAL;
+    }
+};
+
+void LibarchiveReader::ArchiveCloser::operator()(archive* handle) const {
+    archive_read_free(handle);
+}
+
+LibarchiveReader::LibarchiveReader(ArchiveRequest request)
+    : request_(std::move(request)), locale_(newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t{})),
+      source_(new Source{request_.file.get(), {}}), archive_(archive_read_new()) {
+    if (!archive_) {
+        if (locale_)
+            freelocale(locale_);
+        throw ContainerError(messages::readerNotCreated);
+    }
+    const Utf8Names names(locale_);
+    archive_read_support_filter_all(archive_.get());
+    archive_read_support_format_all(archive_.get());
+    if (request_.raw == RawFormat::accepted)
+        archive_read_support_format_raw(archive_.get());
+    archive_read_set_callback_data(archive_.get(), source_.get());
+    archive_read_set_read_callback(archive_.get(), Source::read);
+    archive_read_set_skip_callback(archive_.get(), Source::skip);
+    archive_read_set_seek_callback(archive_.get(), Source::seek);
+    open_ = archive_read_open1(archive_.get()) == ARCHIVE_OK;
+}
+
+LibarchiveReader::~LibarchiveReader() {
+    archive_.reset();
+    if (locale_)
+        freelocale(locale_);
+}
+
+ArchiveReaderFactory LibarchiveReader::factory() {
+    return [](ArchiveRequest request) { return std::make_unique<LibarchiveReader>(std::move(request)); };
+}
+
+ArchiveReader::Outcome LibarchiveReader::step() {
+    if (!open_)
+        return Outcome::failed;
+    const int result = archive_read_next_header(archive_.get(), &entry_);
+    if (result == ARCHIVE_EOF)
+        return Outcome::end;
+    return result == ARCHIVE_OK && entry_ ? Outcome::done : Outcome::failed;
+}
+
+ArchiveReader::Outcome LibarchiveReader::next(EntryFacts& facts) {
+    const Utf8Names names(locale_);
+    for (int64_t passed = 1; passed < request_.only.value_or(1); ++passed) {
+        request_.pulse();
+        if (const auto outcome = step(); outcome != Outcome::done)
+            return outcome;
+        if (archive_read_data_skip(archive_.get()) < 0)
+            return Outcome::failed;
+    }
+    if (const auto outcome = step(); outcome != Outcome::done)
+        return outcome;
+
+    const char* name = archive_entry_pathname_utf8(entry_);
+    if (!name)
+        name = archive_entry_pathname(entry_);
+    const char* format = archive_format_name(archive_.get());
+    facts.name = name ? std::optional<std::string>(name) : std::nullopt;
+    facts.format = format ? format : "";
+    facts.type = archive_entry_filetype(entry_);
+    facts.size = archive_entry_size_is_set(entry_) ? std::optional<int64_t>(archive_entry_size(entry_)) : std::nullopt;
+    facts.modified = archive_entry_mtime(entry_);
+    facts.encrypted = archive_entry_is_encrypted(entry_) > 0;
+    facts.symbolicLink = archive_entry_symlink(entry_) != nullptr;
+    facts.hardLink = archive_entry_hardlink(entry_) != nullptr;
+    return Outcome::done;
+}
+
+ArchiveReader::Outcome LibarchiveReader::skip() {
+    const Utf8Names names(locale_);
+    return archive_read_data_skip(archive_.get()) < 0 ? Outcome::failed : Outcome::done;
+}
+
+std::optional<size_t> LibarchiveReader::read(std::span<char> buffer) {
+    const la_ssize_t count = archive_read_data(archive_.get(), buffer.data(), buffer.size());
+    if (count < 0)
+        return std::nullopt;
+    return static_cast<size_t>(count);
+}
+
+std::optional<std::string> LibarchiveReader::errorText() const {
+    const char* text = archive_error_string(archive_.get());
+    return text ? std::optional<std::string>(text) : std::nullopt;
+}
+
+} // namespace quillmere

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/FileUrl.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace quillmere {
+
+/// One entry of a folder or archive.
+struct Node {
+    std::string id;
+    std::string path; ///< relative to the session's root, as the file system or the archive spells it
+    std::string name; ///< last component, as it is shown
+    bool directory = false;
+    int64_t size = 0;                 ///< bytes, -1 when unknown
+    double modified = 0;              ///< milliseconds since 1970, 0 when unknown
+    const char* blocked = nullptr;    ///< a sentence of ContainerMessages.h: why it cannot be opened
+    std::optional<int64_t> ordinal{}; ///< 1-based position among the archive's headers
+};
+
+/// An opened folder or archive. Guarded by the browser's lock.
+struct Session {
+    const std::string token;
+    const FileUrl source; ///< links resolved
+    const bool archive;
+    const std::string fingerprint; ///< of the source, when it was opened
+    const std::optional<std::string> parentToken;
+    const std::string displayPath;
+
+    std::string current{}; ///< path of the folder listed last
+    std::unordered_map<std::string, Node> nodes{};
+    std::unordered_map<std::string, std::string> byID{};
+    std::unordered_map<std::string, FileUrl> extracted{};
+};
+
+} // namespace quillmere
