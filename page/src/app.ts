@@ -7,7 +7,7 @@ import { TitleStrip, type Chrome } from './chrome';
 import { clipboardAnswered, copyText } from './clipboard';
 import { Details, factsOfEntry, factsOfFile } from './details';
 import { makeDoc } from './doc';
-import { iconButton, isEditable } from './dom';
+import { el, iconButton, isEditable } from './dom';
 import { CANCELLED, showError } from './error';
 import { formatCount } from './format';
 import { extensionOf, kindOfEntry, kindOfExtension, type Kind } from './kinds';
@@ -108,9 +108,12 @@ export class App {
         const since = performance.now();
         this.busyTimer = window.setTimeout(() => {
             const kind = kindOfExtension(extensionOf(message.name));
-            this.details.show(null);
-            this.strip.show(message.name, kind);
-            if (!message.containerToken) this.trail.show(null);
+            // A document that has arrived and is loading has set up the strips already.
+            if (!this.stage.isLoading) {
+                this.details.show(null);
+                this.strip.show(message.name, kind);
+                if (!message.containerToken) this.trail.show(null);
+            }
             this.stage.cover('view', (host, signal) => showBusy(host, signal, message.name, kind, since, () => post({ type: 'cancel-preview' })));
         }, BUSY_AFTER);
     }
@@ -225,7 +228,19 @@ export class App {
         const up = inDocument ? { title: 'Back to the list (Alt+Up)', go: () => browser.refresh() } : { title: 'Up one level (Alt+Up)', go: () => browser.up() };
         const copy = iconButton('copy', 'Copy path', () => listing && void this.copyPath(inDocument ? entryPath(listing, document) : listing.path));
         const refresh = iconButton('refresh', 'Refresh (F5)', () => browser.refresh());
-        this.trail.show({ crumbs, up: canRise ? up : undefined, tools: inDocument ? (listing ? [copy] : []) : [copy, refresh] });
+        const tools = inDocument ? [...this.steps(), ...(listing ? [copy] : [])] : [copy, refresh];
+        this.trail.show({ crumbs, up: canRise ? up : undefined, tools });
+    }
+
+    /** To the documents before and after the shown one. */
+    private steps(): HTMLElement[] {
+        const { browser } = this, at = browser.position;
+        if (!at) return [];
+        const before = iconButton('chevron-left', 'Previous document (Alt+Left)', () => browser.step(-1));
+        const after = iconButton('chevron-right', 'Next document (Alt+Right)', () => browser.step(1));
+        before.disabled = at.index === 0;
+        after.disabled = at.index === at.count - 1;
+        return [before, el('span', { class: 'hint num' }, `${at.index + 1} of ${at.count}`), after, el('span', { class: 'sep' })];
     }
 
     private copyPath(path: string): Promise<void> {

@@ -15,6 +15,10 @@ export class Stage {
     private shown: Mounted | null = null;
     private loading: Mounted | null = null;
 
+    get isLoading(): boolean {
+        return this.loading !== null;
+    }
+
     /** Puts up a view that is complete at once. */
     show(cls: string, fill: (host: HTMLElement, signal: AbortSignal) => void): void {
         this.drop(this.loading);

@@ -5,7 +5,7 @@ const SAMPLES = [
     { label: 'Welcome', file: 'Welcome.md', icon: 'text', family: 'doc' },
     { label: 'Report', file: 'Lake report.pdf', icon: 'pdf', family: 'pdf' },
     { label: 'Picture', file: 'Evening water.png', icon: 'image', family: 'image' },
-    { label: 'Drawing', file: 'Depth chart.svg', icon: 'image', family: 'image' },
+    { label: 'Table', file: 'Soundings.csv', icon: 'table', family: 'table' },
     { label: 'Code', file: 'soundings.py', icon: 'code', family: 'code' },
 ];
 const STALE_DRAG = 3000;
@@ -15,7 +15,7 @@ export function showStart(host: HTMLElement, signal: AbortSignal): void {
     const heading = el('h1', {}, 'Drop a file or folder here');
     const open = el('button', { class: 'btn main hero', type: 'button', 'data-focus': true, onclick: () => post({ type: 'open-dialog' }) }, 'Open…');
     const zone = el('div', { class: 'zone' }, dashes(), icon('mark', 'mark'), heading,
-        el('p', {}, 'Documents, pictures, sound and video, text, code, folders and archives. Files are only read.'),
+        el('p', {}, 'Documents, pictures, sound and video, tables, text, code, folders and archives. Files are only read.'),
         el('div', { class: 'act' }, open, el('span', { class: 'hint' }, 'or press ', el('span', { class: 'kbd' }, 'Ctrl'), el('span', { class: 'kbd' }, 'O'))));
     const chips = SAMPLES.map(sample =>
         el('button', { class: 'btn chip', type: 'button', onclick: () => post({ type: 'open-sample', name: sample.file }) },

@@ -1,6 +1,9 @@
 import { el, icon, iconButton, toolbar } from './dom';
 import { foldCrumbs } from './path';
 
+// Room for the shadow of the capsule, on both sides.
+const PLACE_PADDING = 24;
+
 export interface Crumb {
     label: string;
     /** Absent where the shell cannot go. */
@@ -40,7 +43,8 @@ export class Trail {
         for (let most = Math.min(spec.crumbs.length, 8); ; most--) {
             const capsule = this.capsule(spec, most);
             place.replaceChildren(capsule);
-            if (most <= 2 || capsule.scrollWidth <= place.clientWidth) return;
+            if (capsule.offsetWidth <= place.clientWidth - PLACE_PADDING) return;
+            if (most <= 2) return capsule.classList.add('tight');
         }
     }
 
