@@ -42,7 +42,8 @@ class TableView {
     private readonly content = el('span', { class: 'tb-content' });
     private readonly head = el('div', { class: 'tb-head', role: 'row' });
     private readonly sizer = el('div', { class: 'tb-rows' });
-    private readonly scroller = el('div', { class: 'tb-scroll', tabindex: '0', role: 'grid', 'aria-label': 'Table', 'data-focus': '' }, this.head, this.sizer);
+    private readonly corner = el('span', { class: 'tb-no' });
+    private readonly scroller = el('div', { class: 'tb-scroll', tabindex: '0', role: 'grid', 'aria-label': 'Table', 'data-focus': '' }, this.sizer);
     private readonly tabs = el('div', { class: 'tb-tabs', role: 'tablist' });
     private readonly count = el('span', {});
     private readonly find: FindBar;
@@ -56,11 +57,11 @@ class TableView {
 
     constructor(
         host: HTMLElement,
-        doc: Doc,
+        private readonly doc: Doc,
         private readonly view: ViewContext,
         private readonly sheets: Sheet[],
     ) {
-        const { signal, chrome } = view;
+        const { signal } = view;
         this.find = new FindBar({
             query: text => this.seek(text, 1, { row: this.cell.row, column: this.cell.column - 1 }),
             step: direction => this.seek(this.find.text, direction, this.cell),
@@ -74,16 +75,20 @@ class TableView {
         host.append(
             el('div', { class: 'sheet enter tb-sheet' },
                 el('div', { class: 'tb-line' }, this.address, this.content),
+                el('div', { class: 'tb-headbox' }, this.head),
                 this.scroller,
                 this.find.element,
                 el('div', { class: 'foot' }, this.tabs, el('span', { class: 'grow' }), this.count)),
         );
-        const total = sheets.reduce((sum, sheet) => sum + sheet.rows.length + sheet.left, 0);
-        chrome.meta(`${formatCount(total, 'row')} · ${formatSize(doc.size)}`);
-        chrome.tools(iconButton('copy', 'Copy cell (Ctrl+C)', () => this.copy()), this.findButton);
+        view.chrome.tools(iconButton('copy', 'Copy cell (Ctrl+C)', () => this.copy()), this.findButton);
         if (sheets.length > 1) {
             this.tabs.append(...sheets.map((sheet, i) => el('button', { class: 'btn', type: 'button', role: 'tab', onclick: () => this.open(i) }, sheet.name)));
         }
+        this.scroller.addEventListener('scroll', () => {
+            const { scrollLeft } = this.scroller;
+            this.head.style.transform = `translateX(${-scrollLeft}px)`;
+            this.corner.style.transform = `translateX(${scrollLeft}px)`;
+        }, { passive: true });
         this.sizer.addEventListener('pointerdown', event => {
             const target = (event.target as HTMLElement).closest<HTMLElement>('.tb-cell');
             const row = target?.parentElement?.dataset['row'];
@@ -103,7 +108,7 @@ class TableView {
         this.lefts = [56];
         for (const column of this.columns) this.lefts.push((this.lefts[this.lefts.length - 1] as number) + column.width);
         this.head.replaceChildren(
-            el('span', { class: 'tb-no' }),
+            this.corner,
             ...this.columns.map(column => el('span', { class: `tb-title ${column.numeric ? 'num' : ''}`, role: 'columnheader', title: column.title, style: `width:${column.width}px` }, column.title)),
         );
         this.sizer.style.width = this.head.style.width = `max(100%, ${this.lefts[this.lefts.length - 1]}px)`;
@@ -112,6 +117,7 @@ class TableView {
             tab.setAttribute('aria-selected', String(i === index));
         });
         const shown = formatCount(this.rows.length, 'row');
+        this.view.chrome.meta(`${formatCount(this.rows.length + sheet.left, 'row')} · ${formatSize(this.doc.size)}`);
         this.count.textContent = sheet.left > 0 ? `First ${shown} of ${formatCount(this.rows.length + sheet.left, 'row')}` : `${shown}, ${formatCount(this.columns.length, 'column')}`;
         this.scroller.scrollTo(0, 0);
         this.cell = { row: 0, column: 0 };

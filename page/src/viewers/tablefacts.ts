@@ -46,7 +46,8 @@ export function columnsOf(rows: string[][], titles: string[] | undefined, most: 
     return Array.from({ length: count }, (_, i) => {
         const title = titles?.[i] ?? columnName(i);
         const cells = head.map(row => row[i] ?? '').filter(cell => cell !== '');
-        const longest = Math.max(title.length, ...cells.map(cell => cell.length), 0);
+        // Titles are set in bold.
+        const longest = Math.max(title.length * 1.2, ...cells.map(cell => cell.length), 0);
         return {
             title,
             width: Math.round(Math.max(narrowest, Math.min(widest, longest * characterWidth + 24))),
