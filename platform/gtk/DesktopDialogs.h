@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Dialogs.h"
+#include "platform/gtk/ColorPanel.h"
+#include "platform/gtk/FilePanel.h"
+
+namespace quillmere::platform::gtk {
+
+/// Asks the user: alerts as sheets inside the window, file and colour panels as dialogs over it. One panel of each kind
+/// at a time: asking again while a file panel is open brings that one to the front and counts as cancelled.
+class DesktopDialogs final : public Dialogs {
+public:
+    void openPanel(Window& window, const OpenPanelSpec& spec,
+                   std::function<void(std::optional<FileUrl>)> completion) override;
+    void alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) override;
+    void colorPanel(Window& window, ColorPanelSpec spec) override;
+
+    /// Closes what is open, unanswered: before the windows below go.
+    void closeAll();
+
+private:
+    std::unique_ptr<FilePanel> filePanel_;
+    std::unique_ptr<ColorPanel> colorPanel_;
+    LoopTimer refusing_;
+};
+
+} // namespace quillmere::platform::gtk

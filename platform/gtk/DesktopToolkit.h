@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Executors.h"
+#include "platform/Services.h"
+#include "platform/Toolkit.h"
+#include "platform/gtk/DesktopApplication.h"
+
+namespace quillmere::platform::gtk {
+
+class DesktopWindow;
+
+/// Makes the window and the web view. Main thread only.
+class DesktopToolkit final : public Toolkit {
+public:
+    struct Environment {
+        DesktopApplication& application;
+        Executors& executors;
+        UserDefaults& defaults;
+        FileUrl symbols;    // folder of the symbol images
+        FileUrl icons;      // folder of the icon theme with the program's own icon
+        FileUrl extensions; // folder of the web process extension
+    };
+
+    explicit DesktopToolkit(Environment environment) : environment_(std::move(environment)) {}
+
+    std::unique_ptr<Window> makeWindow(const WindowSpec& spec) override;
+    std::unique_ptr<platform::WebView> makeWebView(const WebViewConfiguration& configuration) override;
+    /// None: this desktop has no preview of its own.
+    view::ViewRef makeFilePreview(const FileUrl&) override { return nullptr; }
+    bool hasSymbol(const std::string& name) const override;
+
+private:
+    Environment environment_;
+};
+
+} // namespace quillmere::platform::gtk
