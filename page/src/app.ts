@@ -299,7 +299,7 @@ export class App {
         if (altKey ? key === 'ArrowUp' : key === 'Backspace') {
             if (!listed) browser.refresh();
             else if (browser.listing?.parentId != null) browser.up();
-        } else if (key === 'F5' && !altKey) browser.refresh();
+        } else if (key === 'F5' && !altKey && listed) browser.refresh();
         else if (!listed && (key === 'ArrowLeft' || key === 'ArrowRight')) browser.step(key === 'ArrowLeft' ? -1 : 1);
         else return false;
         return true;
