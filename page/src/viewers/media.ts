@@ -75,10 +75,16 @@ export class Player {
     async load(): Promise<void> {
         const { signal } = this.view;
         await new Promise<void>((resolve, reject) => {
-            const fail = () => this.convert().catch(reject);
-            const timer = setTimeout(fail, metadataMilliseconds);
+            let playable = false;
+            const fail = () => this.convert().catch((error: unknown) => {
+                // Too late for the error view once the player stands.
+                if (playable) this.view.chrome.status(unplayable);
+                else reject(error);
+            });
+            const timer = setTimeout(() => void fail(), metadataMilliseconds);
             this.element.addEventListener('loadedmetadata', () => {
                 clearTimeout(timer);
+                playable = true;
                 resolve();
             }, { once: true, signal });
             this.element.addEventListener('error', () => {
