@@ -38,7 +38,7 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     libgtk-4-dev libwebkitgtk-6.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     libarchive-dev libboost1.81-dev libboost-json1.81-dev libicu-dev libssl-dev libplist-dev
-    libvips-dev libraw-dev libpng-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libvips-dev libraw-dev libicns-dev libpng-dev libseccomp-dev libgtest-dev libgmock-dev libbenchmark-dev
 )
 run_packages=(
     bubblewrap shared-mime-info desktop-file-utils adwaita-icon-theme fonts-dejavu-core gstreamer1.0-plugins-base

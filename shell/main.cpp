@@ -1,0 +1,69 @@
+#include "containers/HelperArchiveReader.h"
+#include "platform/gtk/DesktopPlatform.h"
+#include "platform/gtk/MediaEnvironment.h"
+#include "platform/gtk/SingleInstance.h"
+#include "prepare/FilePreparation.h"
+#include "shell/QuillmereDelegate.h"
+#include "shell/SelfTest.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+
+namespace {
+
+using namespace quillmere;
+
+void writeLog(const std::string& line) {
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+int selfTest() {
+    const auto bundle = platform::FolderBundle::ofRunningProgram();
+    const platform::Confinement confinement;
+    platform::WorkerImageCodec images(bundle.helper("quillmere-image-worker"), confinement);
+    const auto report = runSelfTest(bundle, images);
+    std::fputs(report.output.c_str(), stdout);
+    std::fputs(report.error.c_str(), stderr);
+    return report.status;
+}
+
+QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platform::Confinement& confinement) {
+    return {.preparation = std::make_shared<const FilePreparation>(FilePreparation::Tools{
+                .images = system.images, .exporter = system.mediaExporter, .confinement = confinement}),
+            .makeContainerBrowser =
+                [program = system.bundle.helper("quillmere-archive-reader")](const FileUrl& cache) {
+                    return std::make_shared<ContainerBrowser>(
+                        cache, ContainerBrowser::Options{.readers = HelperArchiveReader::factory({.program = program})});
+                },
+            .log = writeLog};
+}
+
+int runApplication(std::vector<std::string> arguments) {
+    platform::gtk::prepareMediaEnvironment();
+    const auto role = platform::gtk::claimInstance(arguments);
+    if (role == platform::gtk::InstanceRole::handedOver)
+        return EXIT_SUCCESS;
+    platform::gtk::DesktopPlatform desktop(std::move(arguments), role);
+    const auto system = desktop.seam();
+    const auto delegate = QuillmereDelegate::make(system, partsOf(system, desktop.confinement()));
+    return desktop.run(*delegate);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // Characters are UTF-8 whatever the user's locale is; numbers and dates stay the program's own.
+    if (!std::setlocale(LC_CTYPE, "") || std::string(std::setlocale(LC_CTYPE, nullptr)).find("UTF-8") == std::string::npos)
+        std::setlocale(LC_CTYPE, "C.UTF-8");
+    std::vector<std::string> arguments(argv, argv + argc);
+    try {
+        const bool checksItself = std::ranges::find(arguments, "--self-test") != arguments.end();
+        return checksItself ? selfTest() : runApplication(std::move(arguments));
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "Quillmere could not start: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
+}
