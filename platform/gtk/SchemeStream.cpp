@@ -83,8 +83,8 @@ GType streamType() {
 
 } // namespace
 
-std::shared_ptr<SchemeStream> SchemeStream::make() {
-    return std::shared_ptr<SchemeStream>(new SchemeStream());
+std::shared_ptr<SchemeStream> SchemeStream::make(std::shared_ptr<SchemeFlow> flow) {
+    return std::shared_ptr<SchemeStream>(new SchemeStream(std::move(flow)));
 }
 
 GObjectRef<GInputStream> SchemeStream::makeInputStream() {
@@ -168,11 +168,28 @@ gssize SchemeStream::take(const Read& read) {
     const size_t count = std::min(read.count, chunk_.size - taken_);
     std::memcpy(read.buffer, chunk_.bytes.get() + taken_, count);
     taken_ += count;
+    flow_->sent(count);
     if (taken_ == chunk_.size) {
         chunk_ = {};
         setFull(false);
     }
     return static_cast<gssize>(count);
+}
+
+bool SchemeStream::canRead() {
+    if (!read_ || (!chunk_.bytes && end_ == End::none))
+        return false;
+    if (!chunk_.bytes || flow_->isOpen())
+        return true;
+    if (!std::exchange(waiting_, true)) {
+        flow_->whenOpen([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->waiting_ = false;
+                self->pump();
+            }
+        });
+    }
+    return false;
 }
 
 // Completes one read after the other for as long as there is something to give: the web view asks for the next one from
@@ -182,7 +199,7 @@ void SchemeStream::pump() {
         return;
     const auto self = shared_from_this();
     pumping_ = true;
-    while (read_ && (chunk_.bytes || end_ != End::none)) {
+    while (canRead()) {
         const Read read = *std::exchange(read_, std::nullopt);
         const auto stream = GObjectRef<GInputStream>::share(read.stream);
         readResult_ = take(read);

@@ -2,6 +2,7 @@
 
 #include "platform/Scheme.h"
 #include "platform/gtk/GObjectRef.h"
+#include "platform/gtk/SchemeFlow.h"
 #include "platform/gtk/Signals.h"
 
 #include <condition_variable>
@@ -16,7 +17,7 @@ namespace quillmere::platform::gtk {
 /// its first read stays pending until there is something to say. Main thread only, except `awaitCapacity`.
 class SchemeStream : public std::enable_shared_from_this<SchemeStream> {
 public:
-    static std::shared_ptr<SchemeStream> make();
+    static std::shared_ptr<SchemeStream> make(std::shared_ptr<SchemeFlow> flow);
 
     /// A new stream object for the web view. It keeps this body alive.
     GObjectRef<GInputStream> makeInputStream();
@@ -47,13 +48,15 @@ public:
 private:
     enum class End { none, finished, failed, stopped };
 
-    SchemeStream() = default;
+    explicit SchemeStream(std::shared_ptr<SchemeFlow> flow) : flow_(std::move(flow)) {}
+    bool canRead();
     void end(End how);
     void pump();
     void pumpSoon();
     gssize take(const Read& read);
     void setFull(bool full);
 
+    const std::shared_ptr<SchemeFlow> flow_;
     std::function<void()> onStop_;
     SignalConnection cancelled_;
     bool watched_ = false;
@@ -64,6 +67,7 @@ private:
     End end_ = End::none;
     std::string message_;
     bool pumping_ = false;
+    bool waiting_ = false; // for the flow to open
 
     std::mutex lock_; // guards what awaitCapacity looks at
     std::condition_variable capacity_;

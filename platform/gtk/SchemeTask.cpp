@@ -38,8 +38,8 @@ bool isSendable(const SchemeResponse& response) {
 
 } // namespace
 
-SchemeTask::SchemeTask(WebKitURISchemeRequest* request, std::function<void()> onStop)
-    : request_(describe(request)), body_(SchemeStream::make()) {
+SchemeTask::SchemeTask(WebKitURISchemeRequest* request, std::shared_ptr<SchemeFlow> flow, std::function<void()> onStop)
+    : request_(describe(request)), body_(SchemeStream::make(std::move(flow))) {
     body_->onStop(std::move(onStop));
     const auto stream = body_->makeInputStream();
     constexpr gint64 unknownLength = -1;

@@ -12,7 +12,7 @@ namespace quillmere::platform::gtk {
 class SchemeTask final : public platform::SchemeTask {
 public:
     /// Takes the request over. `onStop` runs when the web view stops it, on the main thread.
-    SchemeTask(WebKitURISchemeRequest* request, std::function<void()> onStop);
+    SchemeTask(WebKitURISchemeRequest* request, std::shared_ptr<SchemeFlow> flow, std::function<void()> onStop);
 
     const SchemeRequest& request() const override { return request_; }
     bool didReceiveResponse(const SchemeResponse& response) override;

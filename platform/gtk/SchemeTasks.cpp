@@ -33,7 +33,7 @@ void SchemeTasks::start(Live& live, WebKitURISchemeRequest* request) {
     // The web view stops a task on this thread, and long after this object's end if it likes: the handler is asked only
     // while the task that it knows is alive.
     const auto identity = std::make_shared<std::weak_ptr<SchemeTask>>();
-    const auto task = std::make_shared<SchemeTask>(request, [&handler = live.handler, identity] {
+    const auto task = std::make_shared<SchemeTask>(request, live.flow, [&handler = live.handler, identity] {
         if (const auto stopped = identity->lock())
             handler.stop(*stopped);
     });

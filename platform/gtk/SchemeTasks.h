@@ -19,10 +19,16 @@ public:
     SchemeTasks(const SchemeTasks&) = delete;
     SchemeTasks& operator=(const SchemeTasks&) = delete;
 
+    /// The view that the requests come from.
+    void setPage(WebKitWebView* page) { live_->flow->setPage(page); }
+    /// Its page is gone.
+    void pageIsGone() { live_->flow->reset(); }
+
 private:
     struct Live {
         explicit Live(SchemeHandler& served) : handler(served) {}
         SchemeHandler& handler;
+        const std::shared_ptr<SchemeFlow> flow = std::make_shared<SchemeFlow>();
         bool closed = false;
         std::vector<std::weak_ptr<SchemeTask>> tasks;
     };

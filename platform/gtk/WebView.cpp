@@ -36,6 +36,7 @@ WebView::WebView(const WebViewConfiguration& configuration, const FileUrl& exten
       bridge_(content_.get(), configuration.messageHandler, configuration.userScript,
               [this](json::value body) { deliver(std::move(body)); }) {
     web_ = makeWebWidget(configuration, context_.get(), session_.get(), content_.get());
+    tasks_.setPage(web_.get());
     view_ = view::View::make(view::Native{std::make_shared<WebWidget>(web_)});
     title_ = publishPageTitle(web_.get());
     watchNavigation();
@@ -62,6 +63,7 @@ void WebView::watchNavigation() {
     signals_.push_back(
         connect(web, "web-process-terminated", [this](WebKitWebView*, WebKitWebProcessTerminationReason) {
             timeout_.cancel();
+            tasks_.pageIsGone();
             if (const auto client = client_.lock())
                 client->contentProcessDidTerminate();
         }));
