@@ -1,0 +1,64 @@
+#include "tests/shell/DelegateFixture.h"
+
+namespace quillmere {
+namespace {
+
+class AppearanceTest : public DelegateTest {
+protected:
+    JsonObject applied() { return page().calls("applyPlatformPreferences").back(); }
+    view::Color tint() { return std::get<view::Tint>(window().content->find("tint")->kind()).color; }
+    AppearancePreferences stored() const { return AppearancePreferences::load(desktop_.defaults); }
+};
+
+TEST_F(AppearanceTest, ATintIsSeenAtOnceAndToldWhenThePageIsReady) {
+    launch();
+    ASSERT_TRUE(desktop_.application.choose("Settings…"));
+    desktop_.dialogs.colors->onChange({.red = 1, .green = 0.5, .blue = 0});
+    EXPECT_EQ(tint(), (view::Color{1, 127 / 255.0, 0, 0.65}));
+    EXPECT_EQ(stored().tint, "#ff7f00");
+    EXPECT_THAT(page().scripts, testing::IsEmpty());
+    post({{"type", "ready"}});
+    EXPECT_THAT(applied(), HasText("bgColor", "#ff7f00"));
+
+    post({{"type", "mac-settings"}});
+    desktop_.dialogs.colors->onChange({});
+    EXPECT_THAT(applied(), HasText("bgColor", "#000000"));
+}
+
+TEST_F(AppearanceTest, AChosenPhotoIsGrantedAndServed) {
+    launchAndGetReady();
+    post({{"type", "pick-background"}});
+    const auto& panel = desktop_.dialogs.panels.at(0);
+    EXPECT_EQ(panel.title, "Choose Background Photo");
+    EXPECT_TRUE(panel.files && !panel.folders && panel.types == platform::AllowedTypes::images);
+    desktop_.dialogs.answerPanel(write("photo.jpg", "a picture"));
+    ASSERT_TRUE(desktop_.executors.main().runUntil([&] { return stored().photo == "custom"; }));
+
+    EXPECT_THAT(applied(), HasText("bgMode", "photo"));
+    EXPECT_THAT(applied(), HasText("bgPreset", ""));
+    const auto url = *stringField(applied(), "bgCustomUrl");
+    EXPECT_THAT(url, testing::MatchesRegex("/__file/.*/background\\.png\\?v=[0-9]+\\.[0-9]+"));
+    const auto task = page().fetch({.url = "quillmere://app" + url, .method = "GET", .range = {}});
+    ASSERT_TRUE(desktop_.executors.main().runUntil([&] { return task->isOver(); }));
+    EXPECT_EQ(task->body, "a picture");
+
+    post({{"type", "pick-background"}});
+    desktop_.dialogs.answerPanel(write("bad.jpg", "broken"));
+    settle();
+    EXPECT_THAT(applied(), HasText("bgCustomUrl", url)) << "a photo that cannot be read changes nothing";
+
+    post({{"type", "clear-background"}});
+    EXPECT_THAT(applied(), HasText("bgMode", "color"));
+    EXPECT_THAT(applied(), HasText("bgCustomUrl", ""));
+    EXPECT_EQ(stored().photo, "");
+}
+
+TEST_F(AppearanceTest, ACustomPhotoThatIsMissingHasNoAddress) {
+    AppearancePreferences{.photo = "custom"}.save(desktop_.defaults);
+    launchAndGetReady();
+    EXPECT_THAT(applied(), HasText("bgMode", "photo"));
+    EXPECT_THAT(applied(), HasText("bgCustomUrl", ""));
+}
+
+} // namespace
+} // namespace quillmere

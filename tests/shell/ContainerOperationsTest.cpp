@@ -1,0 +1,132 @@
+#include "tests/shell/DelegateFixture.h"
+
+namespace quillmere {
+namespace {
+
+class ContainerOperationsTest : public DelegateTest {
+protected:
+    ContainerOperationsTest() {
+        folder("things/inner");
+        write("things/note.txt", "12345");
+        write("things/inner/deep.txt");
+    }
+
+    /// Opens the folder and returns its listing message.
+    JsonObject browse() {
+        page().drop({root().appending("things")});
+        return await("open");
+    }
+
+    static std::string token(const JsonObject& message) { return *stringField(message, "containerToken"); }
+
+    static std::string idOf(const JsonObject& listing, const std::string& name) {
+        for (const auto& entry : listing.at("container").at("entries").as_array())
+            if (stringField(entry.as_object(), "name") == name)
+                return *stringField(entry.as_object(), "id");
+        return {};
+    }
+
+    void openEntry(const JsonObject& listing, const std::string& name) {
+        post({{"type", "container-open"}, {"token", token(listing)}, {"id", idOf(listing, name)}});
+    }
+};
+
+TEST_F(ContainerOperationsTest, AFolderIsListed) {
+    launchAndGetReady();
+    const auto listing = browse();
+    EXPECT_EQ(received("busy").at(0), (JsonObject{{"type", "busy"}, {"name", "things"}, {"requestId", 1}}));
+    EXPECT_THAT(listing, HasText("kind", "container"));
+    EXPECT_THAT(listing, HasText("name", "things"));
+    EXPECT_EQ(stringField(listing.at("container").as_object(), "token"), token(listing));
+    EXPECT_EQ(window().title, "things — Quillmere");
+    EXPECT_EQ(window().representedFile, root().appending("things"));
+}
+
+TEST_F(ContainerOperationsTest, DocumentsKeepTheirContainer) {
+    launchAndGetReady();
+    const auto listing = browse();
+    openEntry(listing, "note.txt");
+    const auto open = await("open", 2);
+    EXPECT_THAT(open, HasText("name", "note.txt"));
+    EXPECT_EQ(token(open), token(listing));
+    EXPECT_EQ(token(received("busy").back()), token(listing));
+    EXPECT_EQ(window().title, "note.txt — Quillmere");
+    EXPECT_EQ(window().representedFile, root().appending("things/note.txt"));
+
+    desktop_.toolkit.canPreviewFiles = true;
+    write("things/old.doc");
+    post({{"type", "container-refresh"}, {"token", token(listing)}});
+    openEntry(await("open", 3), "old.doc");
+    EXPECT_EQ(token(await("native-preview")), token(listing));
+    EXPECT_EQ(std::get<view::Fill>(window().content->find("preview")->placement).insets.top, 84);
+    post({{"type", "container-refresh"}, {"token", token(listing)}});
+    EXPECT_FALSE(window().content->find("preview"));
+}
+
+TEST_F(ContainerOperationsTest, DownAndUp) {
+    launchAndGetReady();
+    openEntry(browse(), "inner");
+    const auto inner = await("open", 2);
+    EXPECT_NE(idOf(inner, "deep.txt"), "");
+    EXPECT_EQ(window().representedFile, root().appending("things"));
+    post({{"type", "container-up"}, {"token", token(inner)}});
+    EXPECT_NE(idOf(await("open", 3), "note.txt"), "");
+}
+
+TEST_F(ContainerOperationsTest, OnlyTheCurrentTokenCounts) {
+    launchAndGetReady();
+    post({{"type", "container-up"}, {"token", "none yet"}});
+    const auto listing = browse();
+    for (const auto* type : {"container-open", "container-up", "container-refresh"}) {
+        post({{"type", type}, {"token", "another"}, {"id", "1"}});
+        post({{"type", type}, {"token", 1}});
+        post({{"type", type}});
+    }
+    settle();
+    EXPECT_EQ(received("busy").size(), 1U);
+
+    post({{"type", "container-open"}, {"token", token(listing)}, {"id", 5}});
+    const auto error = await("error");
+    EXPECT_THAT(error, HasText("message", "Select an item to open."));
+    EXPECT_THAT(error, HasText("name", "things"));
+    EXPECT_EQ(token(error), token(listing));
+}
+
+TEST_F(ContainerOperationsTest, ANewerRequestOvertakes) {
+    launchAndGetReady();
+    const auto listing = browse();
+    openEntry(listing, "note.txt");
+    openEntry(listing, "inner");
+    settle();
+    ASSERT_EQ(received("open").size(), 2U);
+    EXPECT_NE(idOf(received("open").back(), "deep.txt"), "");
+
+    page().drop({root().appending("things")});
+    page().drop({write("outside.txt")});
+    settle();
+    ASSERT_EQ(received("open").size(), 3U);
+    EXPECT_THAT(received("open").back(), HasText("name", "outside.txt"));
+    EXPECT_FALSE(received("open").back().contains("containerToken"));
+    EXPECT_EQ(received("error").size(), 0U) << "overtaken work says nothing";
+}
+
+TEST_F(ContainerOperationsTest, AFolderThatVanishesIsAnErrorWithItsToken) {
+    launchAndGetReady();
+    const auto listing = browse();
+    std::filesystem::remove_all(root().appending("things").filesystemPath());
+    post({{"type", "container-refresh"}, {"token", token(listing)}});
+    const auto error = await("error");
+    EXPECT_THAT(error, HasText("name", "things"));
+    EXPECT_EQ(token(error), token(listing));
+    EXPECT_FALSE(stringField(error, "message")->empty());
+}
+
+TEST_F(ContainerOperationsTest, WorkForADelegateThatIsGoneIsDropped) {
+    launchAndGetReady();
+    page().drop({root().appending("things")});
+    delegate_.reset();
+    settle();
+}
+
+} // namespace
+} // namespace quillmere

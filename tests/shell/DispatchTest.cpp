@@ -1,0 +1,111 @@
+#include "tests/shell/DelegateFixture.h"
+
+namespace quillmere {
+namespace {
+
+class DispatchTest : public DelegateTest {};
+
+TEST_F(DispatchTest, ReadyIsAnsweredEachTime) {
+    launch();
+    post({{"type", "ready"}});
+    EXPECT_EQ(page().scripts.size(), 2U);
+    EXPECT_TRUE(page().scripts[0].starts_with("window.Quillmere?.receive({"));
+    EXPECT_TRUE(page().scripts[1].starts_with("window.Quillmere?.applyPlatformPreferences({"));
+    const auto init = received("init").at(0);
+    EXPECT_EQ(init, (JsonObject{{"type", "init"},
+                                {"maximized", false},
+                                {"platform", "macos"},
+                                {"showDefaultPrompt", false},
+                                {"office", "quicklook"}}));
+    installLibreOffice();
+    post({{"type", "ready"}});
+    EXPECT_EQ(received("init").size(), 2U);
+    EXPECT_THAT(received("init").back(), HasText("office", "libreoffice"));
+}
+
+TEST_F(DispatchTest, CancellingAlwaysAnswersAndDropsTheWork) {
+    launchAndGetReady();
+    post({{"type", "cancel-preview"}});
+    const auto idle = received("error").at(0);
+    EXPECT_EQ(idle, (JsonObject{{"type", "error"}, {"message", "Preview cancelled."}, {"requestId", 1}}));
+
+    page().drop({write("a.txt")});
+    post({{"type", "cancel-preview"}});
+    EXPECT_EQ(requestId(received("error").back()), requestId(received("busy").back()) + 1);
+    settle();
+    EXPECT_EQ(received("open").size(), 0U);
+}
+
+TEST_F(DispatchTest, TheClipboard) {
+    launchAndGetReady();
+    const std::string full(16'777'216, 'x');
+    struct Row {
+        const char* what;
+        JsonObject body;
+        bool success;
+        std::string identity;
+    };
+    const Row rows[] = {
+        {"text", {{"type", "clipboard-copy"}, {"text", "héllo"}, {"copyRequestId", 7}}, true, "7"},
+        {"the other name", {{"type", "copy-text"}, {"text", "x"}, {"copyRequestId", "id"}}, true, "\"id\""},
+        {"no identity", {{"type", "copy-text"}, {"text", "x"}}, true, "null"},
+        {"an odd identity",
+         {{"type", "copy-text"}, {"text", "x"}, {"copyRequestId", {1, {{"a", nullptr}}}}},
+         true,
+         R"([1,{"a":null}])"},
+        {"as much as may be", {{"type", "clipboard-copy"}, {"text", full}}, true, "null"},
+        {"a byte more", {{"type", "clipboard-copy"}, {"text", full + "x"}}, false, "null"},
+        {"nothing", {{"type", "clipboard-copy"}, {"text", ""}}, false, "null"},
+        {"no text", {{"type", "clipboard-copy"}, {"copyRequestId", 1.5}}, false, "1.5E0"},
+        {"no string", {{"type", "clipboard-copy"}, {"text", 5}}, false, "null"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        desktop_.pasteboard.text = "before";
+        post(row.body);
+        const auto reply = received("clipboard-result").back();
+        EXPECT_EQ(reply.at("success").as_bool(), row.success);
+        EXPECT_EQ(compactJson(reply.at("copyRequestId")), row.identity);
+        EXPECT_EQ(desktop_.pasteboard.text, row.success ? stringField(row.body, "text") : "before");
+    }
+    desktop_.pasteboard.refuses = true;
+    post({{"type", "copy-text"}, {"text", "x"}});
+    EXPECT_FALSE(received("clipboard-result").back().at("success").as_bool());
+}
+
+TEST_F(DispatchTest, Samples) {
+    launchAndGetReady();
+    post({{"type", "open-sample"}, {"name", "../../elsewhere/note.txt"}});
+    const auto open = await("open");
+    EXPECT_THAT(open, HasText("name", "note.txt"));
+    EXPECT_EQ(open.at("size").as_int64(), 8);
+    post({{"type", "open-sample"}, {"name", "unknown.txt"}});
+    EXPECT_THAT(received("error").at(0),
+                HasText("message", "The selected item no longer exists or access was denied."));
+    post({{"type", "open-sample"}});
+    post({{"type", "open-sample"}, {"name", 3}});
+    post({{"type", "open-sample"}, {"name", ".."}});
+    settle();
+    EXPECT_EQ(received("busy").size(), 1U);
+}
+
+TEST_F(DispatchTest, MessagesFromElsewhereDoNothing) {
+    launch();
+    const json::value ready = JsonObject{{"type", "ready"}};
+    page().post({.body = ready, .mainFrame = false, .frameUrl = "quillmere://app/index.html"});
+    page().post({.body = ready, .mainFrame = true, .frameUrl = "https://example.org/"});
+    page().post("ready");
+    EXPECT_THAT(page().scripts, testing::IsEmpty());
+}
+
+TEST_F(DispatchTest, ACopyThatIsNotInstalledSaysSo) {
+    launchAndGetReady();
+    post({{"type", "default-apps"}});
+    post({{"type", "uninstall"}});
+    ASSERT_EQ(desktop_.dialogs.alerts.size(), 2U);
+    EXPECT_EQ(desktop_.dialogs.alerts[0].message, "Install Quillmere first");
+    EXPECT_EQ(desktop_.dialogs.alerts[1].message, "This copy is not installed");
+}
+
+} // namespace
+} // namespace quillmere

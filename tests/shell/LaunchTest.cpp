@@ -1,0 +1,123 @@
+#include "tests/shell/DelegateFixture.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::MenuAction;
+using platform::MenuTarget;
+
+class LaunchTest : public DelegateTest {};
+
+TEST_F(LaunchTest, MakesFoldersWindowAndPage) {
+    launch();
+    for (const auto* folder : {"home/.local/share/Quillmere", "home/.cache/Quillmere"})
+        EXPECT_TRUE(fs::is_directory(root().appending(folder).filesystemPath())) << folder;
+    EXPECT_THAT(desktop_.executors.serialLabels, testing::ElementsAre("app.quillmere.containers"));
+
+    const auto& spec = window().spec;
+    EXPECT_EQ(spec.contentSize, (view::Size{1240, 800}));
+    EXPECT_EQ(spec.minimumSize, (view::Size{640, 440}));
+    EXPECT_EQ(spec.autosaveName, "Quillmere.MainWindow");
+    EXPECT_TRUE(spec.titleHidden && spec.titleBarTransparent && !spec.opaque);
+    EXPECT_EQ(window().title, "Quillmere");
+    EXPECT_TRUE(window().centered && window().key);
+    EXPECT_EQ(desktop_.application.activations, 1);
+
+    const auto& configuration = page().configuration;
+    EXPECT_EQ(configuration.scheme, "quillmere");
+    EXPECT_EQ(configuration.messageHandler, "quillMere");
+    EXPECT_EQ(configuration.userScript, "// prepares the page");
+    EXPECT_FALSE(configuration.javaScriptCanOpenWindows || configuration.mediaPlaybackNeedsUserAction);
+    EXPECT_THAT(page().loads,
+                testing::ElementsAre(testing::Pair("quillmere://app/index.html", std::chrono::seconds(60))));
+    EXPECT_THAT(page().scripts, testing::IsEmpty()) << "nothing is said before the page is ready";
+}
+
+TEST_F(LaunchTest, LayersOfTheWindow) {
+    launch();
+    const auto& layers = window().content->children();
+    ASSERT_EQ(layers.size(), 4U);
+    EXPECT_EQ(layers[0]->tag, "background");
+    EXPECT_EQ(layers[1], page().view());
+    EXPECT_EQ(layers[2]->tag, "toolbar");
+    EXPECT_EQ(layers[3]->tag, "startup-loading");
+
+    const auto tint = std::get<view::Tint>(layers[0]->find("tint")->kind()).color;
+    EXPECT_EQ(tint, (view::Color{0x14 / 255.0, 0x16 / 255.0, 0x14 / 255.0, 0.65}));
+    EXPECT_EQ(layers[2]->size, (view::Size{82, 34}));
+    const auto& place = std::get<view::TopTrailing>(layers[2]->placement);
+    EXPECT_EQ(place.top, 5);
+    EXPECT_EQ(place.trailing, 12);
+    for (const auto& [symbol, name, tooltip] : {std::tuple{"folder", "Open file", "Open File or Folder (⌘O)"},
+                                                std::tuple{"slider.horizontal.3", "Settings", "Settings (⌘,)"}}) {
+        const auto button = layers[2]->find(symbol);
+        ASSERT_TRUE(button);
+        EXPECT_EQ(button->size, (view::Size{34, 30}));
+        EXPECT_EQ(button->accessibilityLabel, name);
+        EXPECT_EQ(std::get<view::Button>(button->kind()).tooltip, tooltip);
+    }
+}
+
+TEST_F(LaunchTest, TheMenuBar) {
+    launch();
+    std::string bar;
+    for (const auto& menu : desktop_.application.menu.menus) {
+        bar += "[" + menu.title + "]";
+        for (const auto& entry : menu.entries) {
+            if (!entry) {
+                bar += " -";
+                continue;
+            }
+            bar += " " + entry->title + "(" + (entry->modifiers.control ? "^" : "") +
+                   (entry->modifiers.shift ? "+" : "") + entry->key +
+                   (entry->target == MenuTarget::delegate ? "!" : "") + ")";
+        }
+        bar += "\n";
+    }
+    EXPECT_EQ(bar, "[] About Quillmere() - Settings…(,!) - Hide Quillmere(h) Quit Quillmere(q)\n"
+                   "[File] Open…(o!) Close Window(w)\n"
+                   "[Edit] Undo(z) Redo(+z) - Cut(x) Copy(c) Paste(v) Select All(a)\n"
+                   "[View] Toggle Full Screen(^f)\n"
+                   "[Window] Minimize(m)\n");
+    EXPECT_EQ(desktop_.application.menu.windowsMenu, 4U);
+}
+
+TEST_F(LaunchTest, GoesOnWithoutAUserScript) {
+    write("Quillmere.app/Contents/Resources/mac-shell.js", "\xFF\xFE");
+    launch();
+    EXPECT_FALSE(page().configuration.userScript);
+    fs::remove(root().appending("Quillmere.app/Contents/Resources/mac-shell.js").filesystemPath());
+    launch();
+    EXPECT_FALSE(page().configuration.userScript);
+}
+
+TEST_F(LaunchTest, GoesOnWithoutItsFolders) {
+    write("home/.cache", "a file where a folder should be");
+    write("home/.local/share", "another");
+    launchAndGetReady();
+    EXPECT_EQ(received("init").size(), 1U);
+}
+
+TEST_F(LaunchTest, OpensTheFirstArgumentThatIsNoSwitch) {
+    const FileUrl file = write("first.txt");
+    write("second.txt");
+    desktop_.application.commandLine = {"Quillmere", "-x", "--long", file.path(),
+                                        root().appending("second.txt").path()};
+    launchAndGetReady();
+    EXPECT_THAT(await("open"), HasText("name", "first.txt"));
+    EXPECT_EQ(received("open").size(), 1U);
+}
+
+TEST_F(LaunchTest, FilesHandedOverWinOverTheCommandLine) {
+    desktop_.application.commandLine = {"Quillmere", write("named.txt").path()};
+    desktop_.application.filesAtLaunch = {write("handed.txt"), write("other.txt")};
+    launchAndGetReady();
+    EXPECT_THAT(await("open"), HasText("name", "handed.txt"));
+    settle();
+    EXPECT_EQ(received("open").size(), 1U);
+    EXPECT_EQ(delegate_->applicationOpenFiles({}), platform::OpenReply::success);
+}
+
+} // namespace
+} // namespace quillmere

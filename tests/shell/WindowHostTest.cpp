@@ -1,0 +1,161 @@
+#include "tests/shell/DelegateFixture.h"
+
+namespace quillmere {
+namespace {
+
+using platform::DragOperation;
+using platform::NavigationDecision;
+
+class WindowHostTest : public DelegateTest {};
+
+TEST_F(WindowHostTest, DropsOpenTheFirstFileOnly) {
+    launchAndGetReady();
+    EXPECT_EQ(page().drag({}), DragOperation::none);
+    EXPECT_FALSE(page().drop({}));
+    const FileUrl file = write("a.txt");
+    EXPECT_EQ(page().drag({file}), DragOperation::copy);
+    EXPECT_TRUE(page().drop({file, write("b.txt"), write("c.txt")}));
+    EXPECT_THAT(await("open"), HasText("name", "a.txt"));
+    settle();
+    EXPECT_EQ(received("busy").size(), 1U);
+
+    EXPECT_TRUE(page().drop({folder("things")}));
+    EXPECT_THAT(await("open", 2), HasText("kind", "container"));
+}
+
+TEST_F(WindowHostTest, EveryWayToTheOpenPanel) {
+    launchAndGetReady();
+    view::press(*window().content->find("folder"));
+    ASSERT_TRUE(desktop_.application.choose("Open…"));
+    post({{"type", "open-dialog"}});
+    post({{"type", "open-folder-dialog"}});
+    ASSERT_EQ(desktop_.dialogs.panels.size(), 4U);
+    for (const auto& panel : desktop_.dialogs.panels) {
+        EXPECT_EQ(panel.title, "Open File or Folder");
+        EXPECT_TRUE(panel.files && panel.folders);
+    }
+    desktop_.dialogs.answerPanel(std::nullopt);
+    desktop_.dialogs.answerPanel(write("chosen.txt"));
+    EXPECT_THAT(await("open"), HasText("name", "chosen.txt"));
+    EXPECT_EQ(received("busy").size(), 1U) << "a cancelled panel opens nothing";
+}
+
+TEST_F(WindowHostTest, APanelMayOutliveTheDelegate) {
+    launchAndGetReady();
+    post({{"type", "open-dialog"}});
+    post({{"type", "pick-background"}});
+    delegate_.reset();
+    desktop_.dialogs.answerPanel(write("late.txt"));
+    desktop_.dialogs.answerPanel(write("late.png"));
+    settle();
+    EXPECT_FALSE(std::filesystem::exists(root().appending("home/.local/share/Quillmere/background.png").path()));
+}
+
+TEST_F(WindowHostTest, NavigationStaysOnThePage) {
+    launch();
+    for (const auto* url : {"quillmere://app/index.html", "quillmere://app/any/path", "quillmere://app"})
+        EXPECT_EQ(page().navigate(url), NavigationDecision::allow) << url;
+    for (const auto* url : {"quillmere://other/", "https://example.org/", "file:///etc/passwd", "about:blank",
+                            "QUILLMERE://app/", "quillmere://App/", "blob:quillmere://app/1", "data:text/html,x", ""})
+        EXPECT_EQ(page().navigate(url), NavigationDecision::cancel) << url;
+    EXPECT_EQ(page().navigate(std::nullopt), NavigationDecision::cancel);
+}
+
+TEST_F(WindowHostTest, APageThatCannotBeLoadedIsToldOnce) {
+    launch();
+    page().failProvisionalNavigation("The file is gone.");
+    EXPECT_FALSE(window().content->find("startup-loading"));
+    ASSERT_EQ(desktop_.dialogs.alerts.size(), 1U);
+    EXPECT_EQ(desktop_.dialogs.alerts[0].message, "Quillmere could not start its viewer");
+    EXPECT_EQ(desktop_.dialogs.alerts[0].informative, "The file is gone.");
+}
+
+TEST_F(WindowHostTest, WindowEventsReachAReadyPageOnly) {
+    launch();
+    window().setKey(false);
+    window().toggleFullScreen();
+    post({{"type", "ready"}});
+    EXPECT_EQ(received("state").size() + received("active").size(), 0U);
+    EXPECT_TRUE(received("init").at(0).at("maximized").as_bool());
+
+    window().setKey(true);
+    EXPECT_TRUE(received("active").back().at("value").as_bool());
+    window().setKey(false);
+    EXPECT_FALSE(received("active").back().at("value").as_bool());
+    post({{"type", "max"}});
+    EXPECT_FALSE(received("state").back().at("maximized").as_bool());
+    post({{"type", "max"}});
+    EXPECT_TRUE(received("state").back().at("maximized").as_bool());
+}
+
+TEST_F(WindowHostTest, ReopenAndClose) {
+    launchAndGetReady();
+    const int before = window().ordersFront;
+    EXPECT_TRUE(delegate_->applicationShouldHandleReopen(true));
+    EXPECT_EQ(window().ordersFront, before + 1);
+    post({{"type", "min"}});
+    EXPECT_TRUE(window().miniaturized);
+    post({{"type", "drag"}});
+    EXPECT_EQ(window().drags, 1);
+    post({{"type", "close"}});
+    EXPECT_TRUE(window().closed && desktop_.application.terminated);
+}
+
+TEST_F(WindowHostTest, ADeadPageComesBackWithItsDocument) {
+    launchAndGetReady();
+    page().drop({write("doc.txt", "12345")});
+    const auto before = await("open");
+    page().crash();
+    EXPECT_EQ(page().reloads, 1);
+    ASSERT_TRUE(window().content->find("startup-loading"));
+    window().setKey(false);
+    EXPECT_EQ(received("active").size(), 0U) << "a page that is gone hears nothing";
+
+    post({{"type", "ready"}});
+    EXPECT_FALSE(window().content->find("startup-loading"));
+    const auto after = await("open", 2);
+    EXPECT_THAT(after, HasText("name", "doc.txt"));
+    EXPECT_GT(requestId(after), requestId(before));
+}
+
+TEST_F(WindowHostTest, ADeadPageComesBackWithItsListing) {
+    folder("things/inner");
+    launchAndGetReady();
+    page().drop({root().appending("things")});
+    const auto listing = await("open");
+    page().crash();
+    page().crash();
+    post({{"type", "ready"}});
+    const auto again = await("open", 2);
+    EXPECT_THAT(again, HasText("kind", "container"));
+    EXPECT_EQ(again.at("containerToken"), listing.at("containerToken"));
+    EXPECT_THAT(received("busy").back(), HasText("name", "things"));
+}
+
+TEST_F(WindowHostTest, AFileThatWaitedWinsOverTheOneShown) {
+    launchAndGetReady();
+    page().drop({write("shown.txt")});
+    await("open");
+    page().crash();
+    page().drop({write("waiting.txt")});
+    page().crash();
+    post({{"type", "ready"}});
+    EXPECT_THAT(await("open", 2), HasText("name", "waiting.txt"));
+    settle();
+    EXPECT_EQ(received("open").size(), 2U);
+}
+
+TEST_F(WindowHostTest, WorkForADeadPageIsDropped) {
+    launchAndGetReady();
+    page().drop({write("slow.txt")});
+    page().crash();
+    settle();
+    EXPECT_EQ(received("open").size(), 0U);
+    post({{"type", "ready"}});
+    await("open");
+    settle();
+    EXPECT_EQ(received("open").size(), 1U);
+}
+
+} // namespace
+} // namespace quillmere
