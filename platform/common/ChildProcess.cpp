@@ -43,14 +43,15 @@ std::vector<char*> pointersTo(std::vector<std::string>& strings) {
 std::uint64_t tasksOfUser() {
     std::uint64_t tasks = 0;
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-        const std::string name = entry.path().filename().native();
+    for (std::filesystem::directory_iterator entry("/proc", error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().native();
         struct stat info{};
-        if (name.empty() || name.front() < '0' || name.front() > '9' || ::stat(entry.path().c_str(), &info) != 0 ||
+        if (name.empty() || name.front() < '0' || name.front() > '9' || ::stat(entry->path().c_str(), &info) != 0 ||
             info.st_uid != ::getuid())
             continue;
         // A task folder has one link for itself, one for its parent and one for each thread.
-        const bool counted = ::stat((entry.path() / "task").c_str(), &info) == 0 && info.st_nlink > 2;
+        const bool counted = ::stat((entry->path() / "task").c_str(), &info) == 0 && info.st_nlink > 2;
         tasks += counted ? info.st_nlink - 2 : 1;
     }
     return tasks;

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace quillmere::platform {
@@ -68,8 +67,9 @@ PropertyList readPropertyList(const FileUrl& file) {
     const auto size = std::filesystem::file_size(file.filesystemPath(), error);
     if (error || size == 0 || size > maximumFileSize)
         return nullptr;
-    std::ifstream stream(file.filesystemPath(), std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    std::string bytes(static_cast<size_t>(size), '\0');
+    if (!std::ifstream(file.filesystemPath(), std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(size)))
+        return nullptr;
     plist_t node = nullptr;
     plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &node);
     PropertyList list(node);

@@ -3,11 +3,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <icns.h>
 #include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
+
+extern "C" {
+#include <icns.h> // a C header that does not say so
+}
 
 namespace quillmere::images {
 

@@ -35,7 +35,8 @@ VipsImageRef owned(VipsImage* image) {
     return VipsImageRef(image);
 }
 
-VipsImageRef loaded(int status, VipsImage* image) {
+/// By reference: the arguments of a call may be evaluated in any order.
+VipsImageRef loaded(int status, VipsImage* const& image) {
     return owned(status == 0 ? image : nullptr);
 }
 

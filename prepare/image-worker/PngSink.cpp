@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csetjmp>
+#include <cstddef>
 #include <fcntl.h>
 #include <png.h>
 #include <unistd.h>
@@ -68,8 +69,9 @@ public:
             hasFailed_ = true;
             return false;
         }
+        // The strip begins where the region's pixels begin.
         for (int y = 0; y < area.height; ++y)
-            png_write_row(png_, VIPS_REGION_ADDR(region, 0, area.top + y));
+            png_write_row(png_, region->data + std::ptrdiff_t{y} * region->bpl);
         return true;
     }
 

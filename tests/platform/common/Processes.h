@@ -3,7 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -17,9 +17,9 @@ inline int processesNaming(std::string_view text) {
     for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
         if (entry.path().filename().native().find_first_not_of("0123456789") != std::string::npos)
             continue;
-        std::ifstream file(entry.path() / "cmdline", std::ios::binary);
-        const std::string line{std::istreambuf_iterator<char>(file), {}};
-        count += line.find(text) != std::string::npos ? 1 : 0;
+        std::ostringstream line; // a process that ends meanwhile reads as none
+        line << std::ifstream(entry.path() / "cmdline", std::ios::binary).rdbuf();
+        count += line.str().find(text) != std::string::npos ? 1 : 0;
     }
     return count;
 }

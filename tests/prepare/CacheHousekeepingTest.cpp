@@ -1,0 +1,69 @@
+#include "prepare/CacheHousekeeping.h"
+
+#include "tests/platform/common/Sandbox.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace quillmere {
+namespace {
+
+using tests::Sandbox;
+
+const WallTime now{std::chrono::seconds(1'700'000'000)};
+
+void setAge(const FileUrl& file, std::chrono::nanoseconds age) {
+    const auto time = (now - age).time_since_epoch();
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+    const timespec times[2]{{0, 0}, {seconds.count(), (time - seconds).count()}};
+    ::utimensat(AT_FDCWD, file.path().c_str(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+TEST(CacheHousekeeping, RemovesWhatIsOlderThanTwoWeeks) {
+    using std::chrono::seconds;
+    constexpr seconds limit(1'209'600);
+    const Sandbox sandbox;
+    const FileUrl outside = sandbox.write("outside/kept", "kept");
+    const struct {
+        const char* name;
+        std::chrono::nanoseconds age;
+    } rows[] = {
+        {"just.pdf", limit},
+        {"older.pdf", limit + std::chrono::nanoseconds(1000)},
+        {"old work/profile/x", limit + seconds(1)},
+        {"fresh work/x", seconds(0)},
+        {"ContainerPreviews/x", limit + seconds(9)},
+        {"containerpreviews/x", limit + seconds(9)},
+        {".hidden", limit + seconds(9)},
+        {"future", -seconds(9)},
+    };
+    for (const auto& row : rows)
+        sandbox.write("cache/" + std::string(row.name), "x");
+    std::filesystem::create_directory_symlink(outside.parent().path(), sandbox.at("cache/old link").path());
+    setAge(sandbox.at("cache/old link"), limit + seconds(9));
+    for (const auto& row : rows) {
+        const std::string name = row.name;
+        setAge(sandbox.at("cache/" + name.substr(0, name.find('/'))), row.age);
+    }
+    setAge(sandbox.at("cache/fresh work/x"), limit + seconds(9));
+
+    // A link in place of the cache is not followed.
+    std::filesystem::create_directory_symlink(sandbox.at("cache").path(), sandbox.at("link").path());
+    cleanPreviewCache(sandbox.at("link"), now);
+    EXPECT_EQ(sandbox.names("cache").size(), 9U);
+
+    cleanPreviewCache(sandbox.at("cache"), now);
+    EXPECT_THAT(sandbox.names("cache"), testing::ElementsAre("ContainerPreviews", "fresh work", "future", "just.pdf"));
+    EXPECT_EQ(sandbox.names("cache/fresh work").size(), 1U);
+    EXPECT_EQ(Sandbox::read(outside), "kept");
+
+    cleanPreviewCache(sandbox.at("missing"), now);
+    cleanPreviewCache(outside, now);
+    EXPECT_FALSE(std::filesystem::exists(sandbox.at("missing").path()));
+    EXPECT_EQ(Sandbox::read(outside), "kept");
+}
+
+} // namespace
+} // namespace quillmere

@@ -1,0 +1,364 @@
+#include "prepare/FilePreparation.h"
+
+#include "base/Errors.h"
+#include "base/Sha256.h"
+#include "tests/platform/common/Processes.h"
+#include "tests/prepare/Fakes.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <sys/stat.h>
+#include <thread>
+
+namespace quillmere {
+namespace {
+
+using platform::ImageOutcome;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tests::DrivenExporter;
+using tests::Sandbox;
+
+constexpr const char* timedOut = "File conversion timed out.";
+constexpr const char* refused = "The file converter could not open this document.";
+constexpr const char* noCodec =
+    "This media codec is unavailable on this Mac. Optional FFmpeg support can open additional legacy codecs.";
+
+/// Preparation with stand-ins for every converter. The stand-in obeys the words in the file that it is to convert, and
+/// writes its arguments.
+class FilePreparationTest : public testing::Test {
+protected:
+    FilePreparation preparation(const platform::Confinement& confinement) {
+        return FilePreparation({.images = images,
+                                .exporter = exporter,
+                                .confinement = confinement,
+                                .libreOfficeCandidates = libreOffice,
+                                .ffmpegCandidates = ffmpeg,
+                                .clock = [this] { return clock(); }});
+    }
+    PreparedFile prepare(const FileUrl& file) { return preparation(walled).prepare(file, cache); }
+
+    /// The sentence with which the call fails.
+    template <typename Call>
+    static std::string failure(Call call) {
+        try {
+            call();
+        } catch (const std::exception& error) {
+            return userMessage(error);
+        }
+        return "no failure";
+    }
+
+    FileUrl result(const FileUrl& file, std::string_view ext) const {
+        return cache.appending(FilePreparation::key(file) + "." + std::string(ext));
+    }
+    std::vector<std::string> cacheNames() const {
+        return std::filesystem::exists(cache.filesystemPath()) ? sandbox.names("cache") : std::vector<std::string>{};
+    }
+
+    Sandbox sandbox;
+    FileUrl cache = sandbox.at("cache");
+    platform::Confinement walled;
+    platform::Confinement limited{platform::Confinement::Mode::limitsOnly};
+    tests::DrivenImageCodec images;
+    DrivenExporter exporter;
+    tests::DrivenClock clock;
+    std::vector<FileUrl> libreOffice{FileUrl(STAND_IN)};
+    std::vector<FileUrl> ffmpeg{FileUrl(STAND_IN)};
+};
+
+TEST_F(FilePreparationTest, TheFirstRuleThatAppliesDecides) {
+    const std::string stream = [] {
+        std::string bytes(377, '\0');
+        bytes[0] = bytes[188] = bytes[376] = 'G';
+        return bytes;
+    }();
+    using Kind = std::optional<std::string>;
+    const struct {
+        const char* name;
+        std::string contents;
+        const char* ext;
+        Kind kind;
+        bool isConverted;
+    } rows[] = {
+        {"notes.txt", "plain", "txt", {}, false},
+        {"no extension", "plain", "", {}, false},
+        {"PHOTO.HEIC", "image", "png", {}, true},
+        {"photo.jpeg", "image", "jpeg", {}, false},
+        {"source.ts", "const a = 1;", "ts", "text", false},
+        {"Stream.TS", stream, "ts", {}, false}, // the stand-in refuses it, and the failure stays silent
+        {"letter.docx", "write", "pdf", "pages", true},
+        {"talk.PPTX", "write", "pdf", "slides", true},
+        {"broken.docx", "exit=0", "docx", {}, false}, // the converter made nothing
+        {"film.avi", "write", "mp4", {}, true},
+        {"song.wma", "write", "m4a", {}, true},
+        {"song.mp3", "write", "mp3", {}, false},
+        {"film.wmv", "exit=1", "wmv", {}, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const FileUrl file = sandbox.write(row.name, row.contents);
+        const PreparedFile expected{row.isConverted ? result(file, row.ext) : file, row.ext, row.kind};
+        EXPECT_EQ(prepare(file), expected);
+    }
+    EXPECT_EQ(images.lastMaxSide, 8192);
+}
+
+TEST_F(FilePreparationTest, EveryListedExtensionTakesItsRoad) {
+    const struct {
+        std::string list;
+        const char* ext;
+    } rows[] = {
+        {"tif tiff heic heif jp2 j2k psd icns raw dng cr2 nef arw", "png"},
+        {"doc docx docm dot dotx dotm rtf odt ott fodt wpd wps ppt pptx pptm pps ppsx ppsm pot potx potm odp otp fodp",
+         "pdf"},
+        {"wmv asf avi mpg mpeg mpe m1v m2v mts m2ts vob dv divx flv rm rmvb 3gp 3g2", "mp4"},
+        {"wma ac3 eac3 amr awb 3ga", "m4a"},
+    };
+    exporter.end = DrivenExporter::End::completes;
+    const auto prepared = preparation(limited);
+    for (const auto& row : rows) {
+        std::istringstream words(row.list);
+        for (std::string ext; words >> ext;)
+            EXPECT_EQ(prepared.prepare(sandbox.write("file." + ext, "write"), cache).ext, row.ext) << ext;
+    }
+}
+
+TEST_F(FilePreparationTest, KeysFollowPathSizeAndTime) {
+    const FileUrl file = sandbox.write("a b|%.docx", "1234567");
+    const auto at = [&](time_t seconds, long nanoseconds) {
+        const timespec times[2]{{0, 0}, {seconds, nanoseconds}};
+        ::utimensat(AT_FDCWD, file.path().c_str(), times, 0);
+        return FilePreparation::key(file);
+    };
+    EXPECT_EQ(at(1'700'000'000, 0), sha256Hex(file.path() + "|7|1700000000.0"));
+    EXPECT_EQ(at(1'700'000'000, 500'000'000), sha256Hex(file.path() + "|7|1700000000.5"));
+    EXPECT_EQ(FilePreparation::key(sandbox.at("missing")), sha256Hex(sandbox.at("missing").path() + "|0|0.0"));
+}
+
+TEST_F(FilePreparationTest, ResultsAreReusedUntilTheFileChanges) {
+    const FileUrl file = sandbox.write("photo.heic", "one");
+    const PreparedFile first = prepare(file);
+    EXPECT_EQ(prepare(file), first);
+    EXPECT_EQ(images.calls, 1);
+    sandbox.write("photo.heic", "longer");
+    EXPECT_NE(prepare(file), first);
+    EXPECT_EQ(images.calls, 2);
+    EXPECT_EQ(cacheNames().size(), 2U);
+}
+
+TEST_F(FilePreparationTest, TheSameFileAtTheSameTimeIsConvertedOnce) {
+    const FileUrl file = sandbox.write("photo.heic", "one");
+    images.meanwhile = [] { std::this_thread::sleep_for(std::chrono::milliseconds(50)); };
+    const auto shared = preparation(walled);
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&] { EXPECT_EQ(shared.prepare(file, cache).file, result(file, "png")); });
+    threads.clear();
+    EXPECT_EQ(images.calls, 1);
+}
+
+TEST_F(FilePreparationTest, AFileThatChangesMeanwhileIsConvertedAnew) {
+    const FileUrl file = sandbox.write("photo.heic", "before");
+    const FileUrl before = result(file, "png");
+    images.meanwhile = [&] {
+        if (images.calls == 1)
+            sandbox.write("photo.heic", "changed");
+    };
+    const PreparedFile prepared = prepare(file);
+    EXPECT_EQ(Sandbox::read(prepared.file), "png of changed");
+    EXPECT_EQ(prepared.file, result(file, "png"));
+    EXPECT_FALSE(std::filesystem::exists(before.filesystemPath()));
+}
+
+TEST_F(FilePreparationTest, ImagesFailAsTheCodecSays) {
+    const FileUrl file = sandbox.write("photo.heic", "text");
+    images.outcome = ImageOutcome::unreadable;
+    EXPECT_EQ(prepare(file), (PreparedFile{file, "heic"}));
+    images.outcome = ImageOutcome::writeFailed;
+    EXPECT_EQ(failure([&] { prepare(file); }), "The image could not be decoded by macOS.");
+    EXPECT_THAT(cacheNames(), IsEmpty());
+}
+
+TEST_F(FilePreparationTest, LibreOfficeGetsItsArgumentsWhateverTheName) {
+    for (const auto* confinement : {&walled, &limited})
+        for (const char* name : {"Report.final.docx", "-dash --norestore.docx", "100% of it.docx", "\xff\xe4.docx"}) {
+            SCOPED_TRACE(name);
+            const FileUrl file = sandbox.write(name, "write");
+            std::filesystem::remove_all(cache.filesystemPath());
+            const PreparedFile prepared = preparation(*confinement).prepare(file, cache);
+            std::istringstream written(Sandbox::read(prepared.file));
+            std::vector<std::string> arguments;
+            for (std::string line; std::getline(written, line);)
+                arguments.push_back(line);
+            ASSERT_EQ(arguments.size(), 8U);
+            const FileUrl work{arguments[6]};
+            EXPECT_EQ(work.parent(), cache);
+            EXPECT_TRUE(isUuid(work.lastPathComponent()));
+            EXPECT_THAT(arguments,
+                        ElementsAre("-env:UserInstallation=" + work.appending("profile").uri(), "--headless",
+                                    "--norestore", "--convert-to", "pdf", "--outdir", work.path(), file.path()));
+            EXPECT_THAT(cacheNames(), ElementsAre(result(file, "pdf").lastPathComponent()));
+        }
+}
+
+TEST_F(FilePreparationTest, FfmpegGetsItsArguments) {
+    const FileUrl file = sandbox.write("film.avi", "write");
+    const auto arguments = [&](MediaKind kind) {
+        std::string text = Sandbox::read(preparation(walled).transcode(file, cache, kind).file);
+        // The output has a name of its own until it is finished, and the extension by which ffmpeg picks the format.
+        const auto output = text.find(cache.path());
+        EXPECT_NE(output, std::string::npos);
+        const auto ext = text.substr(text.size() - 4, 3);
+        EXPECT_EQ(ext, kind == MediaKind::audio ? "m4a" : "mp4");
+        return text.substr(0, output);
+    };
+    EXPECT_EQ(arguments(MediaKind::audio), "-v\nerror\n-y\n-i\n" + file.path() + "\n-vn\n-c:a\naac\n");
+    EXPECT_EQ(arguments(MediaKind::video), "-v\nerror\n-y\n-i\n" + file.path() +
+                                               "\n-c:v\nlibx264\n-preset\nveryfast\n-crf\n23\n-pix_fmt\nyuv420p\n"
+                                               "-c:a\naac\n-movflags\n+faststart\n");
+    EXPECT_EQ(cacheNames().size(), 2U);
+}
+
+TEST_F(FilePreparationTest, FailingConvertersLeaveASentenceAndNothingElse) {
+    const struct {
+        const char* name;
+        const char* script;
+        std::string expected;
+    } rows[] = {
+        {"fails", "exit=1", refused},
+        {"fails half-way", "write exit=3", refused},
+        {"crashes", "write signal=11", refused},
+    };
+    for (const auto* confinement : {&walled, &limited})
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.name);
+            const FileUrl letter = sandbox.write("letter.docx", row.script);
+            EXPECT_EQ(failure([&] { preparation(*confinement).prepare(letter, cache); }), row.expected);
+            const FileUrl film = sandbox.write("film.avi", row.script);
+            EXPECT_EQ(failure([&] { preparation(*confinement).transcode(film, cache, MediaKind::video); }),
+                      row.expected);
+            EXPECT_THAT(cacheNames(), IsEmpty());
+        }
+    const FileUrl silent = sandbox.write("silent.avi", "exit=0");
+    EXPECT_EQ(failure([&] { preparation(walled).transcode(silent, cache, MediaKind::video); }), noCodec);
+    const FileUrl missing = sandbox.at("missing.docx");
+    EXPECT_EQ(failure([&] { prepare(missing); }), "“missing.docx” no longer exists.");
+}
+
+TEST_F(FilePreparationTest, AConverterPastItsLimitIsEndedWithWhatItStarted) {
+    for (const auto* confinement : {&walled, &limited})
+        for (const char* script : {"write sleep", "write ignore-term fork sleep"}) {
+            SCOPED_TRACE(script);
+            clock.isPast = false;
+            const std::string mark = newUuid();
+            const FileUrl letter = sandbox.write(mark + ".docx", script);
+            std::jthread watcher([&] {
+                EXPECT_TRUE(tests::eventually([&] { return tests::processesNaming(mark) > 0; }));
+                clock.isPast = true;
+            });
+            EXPECT_EQ(failure([&] { preparation(*confinement).prepare(letter, cache); }), timedOut);
+            EXPECT_TRUE(tests::eventually([&] { return tests::processesNaming(mark) == 0 && cacheNames().empty(); }));
+        }
+}
+
+TEST_F(FilePreparationTest, TheExporterComesFirstAndItsPartialOutputGoes) {
+    const FileUrl film = sandbox.write("film.avi", "write");
+    const FileUrl song = sandbox.write("song.wma", "write");
+    const auto transcode = [&](const FileUrl& file, MediaKind kind) {
+        std::filesystem::remove_all(cache.filesystemPath());
+        return Sandbox::read(preparation(walled).transcode(file, cache, kind).file);
+    };
+    exporter.end = DrivenExporter::End::completes;
+    EXPECT_EQ(transcode(film, MediaKind::video), "exported");
+    EXPECT_EQ(exporter.preset, platform::ExportPreset::video1280x720);
+    EXPECT_EQ(exporter.request->type, platform::ExportFileType::mpeg4);
+    EXPECT_TRUE(exporter.request->optimizeForNetworkUse);
+    EXPECT_EQ(transcode(song, MediaKind::audio), "exported");
+    EXPECT_EQ(exporter.preset, platform::ExportPreset::audioM4a);
+    EXPECT_EQ(exporter.request->type, platform::ExportFileType::m4a);
+
+    exporter.end = DrivenExporter::End::fails;
+    EXPECT_TRUE(transcode(film, MediaKind::video).starts_with("-v\n"));
+
+    ffmpeg.clear();
+    EXPECT_EQ(failure([&] { transcode(film, MediaKind::video); }), noCodec);
+    EXPECT_THAT(cacheNames(), IsEmpty());
+}
+
+TEST_F(FilePreparationTest, AnExporterThatHangsIsCancelledAtTheLimit) {
+    exporter.end = DrivenExporter::End::hangs;
+    ffmpeg.clear();
+    const FileUrl film = sandbox.write("film.avi", "write");
+    std::jthread watcher([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        clock.isPast = true;
+    });
+    EXPECT_EQ(failure([&] { preparation(walled).transcode(film, cache, MediaKind::video); }), noCodec);
+    EXPECT_TRUE(exporter.isCancelled);
+    EXPECT_THAT(cacheNames(), IsEmpty());
+}
+
+TEST_F(FilePreparationTest, ConvertersAreTheFirstExecutableCandidates) {
+    const FileUrl plain = sandbox.write("plain", "");
+    const FileUrl second = sandbox.write("second", "");
+    std::filesystem::permissions(second.filesystemPath(), std::filesystem::perms::owner_all);
+    libreOffice = {sandbox.at("missing"), sandbox.url(), plain, second, FileUrl(STAND_IN)};
+    ffmpeg = {plain};
+    EXPECT_EQ(preparation(walled).libreOffice(), second);
+    EXPECT_EQ(preparation(walled).ffmpeg(), std::nullopt);
+    libreOffice.clear();
+    const FileUrl letter = sandbox.write("letter.docx", "write");
+    EXPECT_EQ(prepare(letter), (PreparedFile{letter, "docx"}));
+}
+
+TEST_F(FilePreparationTest, ACacheThatCannotBeWrittenToGivesASentence) {
+    sandbox.write("file", "not a folder");
+    std::filesystem::create_symlink("nowhere", sandbox.at("link").path());
+    const FileUrl letter = sandbox.write("letter.docx", "write");
+    const FileUrl photo = sandbox.write("photo.heic", "image");
+    for (const char* name : {"file", "file/below", "link", "link/below"}) {
+        SCOPED_TRACE(name);
+        cache = sandbox.at(name);
+        EXPECT_THAT(failure([&] { prepare(letter); }), testing::EndsWith("."));
+        EXPECT_EQ(failure([&] { prepare(photo); }), "The image could not be decoded by macOS.");
+    }
+    EXPECT_EQ(Sandbox::read(sandbox.at("file")), "not a folder");
+    // A link to a folder is a folder.
+    std::filesystem::create_directory(sandbox.at("elsewhere").path());
+    std::filesystem::create_directory_symlink(sandbox.at("elsewhere").path(), sandbox.at("folder").path());
+    cache = sandbox.at("folder");
+    EXPECT_EQ(prepare(letter).ext, "pdf");
+}
+
+TEST_F(FilePreparationTest, TransportStreamsHaveThreeSyncBytes) {
+    const auto bytes = [](size_t size, std::initializer_list<size_t> sync) {
+        std::string contents(size, 'x');
+        for (const size_t at : sync)
+            contents[at] = 'G';
+        return contents;
+    };
+    const struct {
+        const char* name;
+        std::string contents;
+        bool expected;
+    } rows[] = {
+        {"empty", "", false},
+        {"text", "Good Going, Greta: " + std::string(1000, 'x'), false},
+        {"one byte short", bytes(376, {0, 188}), false},
+        {"just long enough", bytes(377, {0, 188, 376}), true},
+        {"last offset", bytes(1000, {187, 375, 563}), true},
+        {"past the last offset", bytes(1000, {192, 380, 568}), false},
+        {"packets of 192", bytes(1000, {4, 196, 388}), true},
+        {"two of three", bytes(1000, {4, 196}), false},
+        {"beyond the head", bytes(9000, {3800, 3988, 4176}), false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(FilePreparation::isTransportStream(sandbox.write("file.ts", row.contents)), row.expected) << row.name;
+    EXPECT_FALSE(FilePreparation::isTransportStream(sandbox.at("missing.ts")));
+}
+
+} // namespace
+} // namespace quillmere
