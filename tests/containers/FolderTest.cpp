@@ -1,0 +1,195 @@
+#include "containers/ConfinedFolder.h"
+#include "containers/ContainerMessages.h"
+#include "containers/FileFacts.h"
+#include "tests/containers/Fixtures.h"
+
+#include <atomic>
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace quillmere::testing {
+namespace {
+
+using namespace messages;
+using ::testing::ElementsAre;
+namespace fs = std::filesystem;
+
+class Folders : public Sandbox {};
+
+TEST_F(Folders, PathsStayInside) {
+    const FileUrl dir = makeFolder("dir/a/b");
+    makeFolder("outside");
+    fs::create_symlink(path("outside").path(), path("dir/out").filesystemPath());
+    fs::create_symlink("a", path("dir/sibling").filesystemPath());
+    const struct {
+        const char* relative;
+        const char* failure;
+    } cases[] = {{"", ""},
+                 {"a/b", ""},
+                 {"a/../a", ""},
+                 {"..", linksOutside},
+                 {"a/../..", linksOutside},
+                 {"../dirt", linksOutside},
+                 {"out", linksOutside},
+                 {"sibling", linksOutside},
+                 {"sibling/b", linksOutside},
+                 {"gone", "“gone” no longer exists."}};
+    for (const auto& [relative, failure] : cases)
+        EXPECT_EQ(failureOf([&, at = relative] { confinedPlace(path("dir"), at, fileFacts::Handle::place); }), failure)
+            << relative;
+    EXPECT_EQ(confinedUrl(FileUrl("/"), "etc").path(), "/etc");
+    EXPECT_EQ(confinedPlace(FileUrl("/"), "etc", fileFacts::Handle::place).url.path(), "/etc");
+}
+
+TEST_F(Folders, WalkingFindsTheSameLinksAsTheKernel) {
+    makeFolder("dir/a/b");
+    write("dir/a/b/file", "x");
+    fs::create_symlink("b/file", path("dir/a/link").filesystemPath());
+    fs::create_symlink("a", path("dir/linked").filesystemPath());
+    const auto root = fileFacts::openWithoutLinks(path("dir"), fileFacts::Handle::place);
+    for (const char* relative : {"", "a", "a/b/file", "a/link", "linked", "linked/b", "a/none", "a/b/file/x"})
+        for (const auto handle : {fileFacts::Handle::place, fileFacts::Handle::contents})
+            EXPECT_EQ(failureOf([&] { fileFacts::walkBelow(root, relative, handle, path("dir")); }),
+                      failureOf([&] { fileFacts::openBelow(root, relative, handle, path("dir")); }))
+                << relative;
+}
+
+TEST_F(Folders, EntriesThatCannotBeOpenedSayWhy) {
+    makeFolder("dir");
+    write("dir/.hidden", "");
+    write("dir/bad\xff.txt", "bytes");
+    fs::create_symlink("/etc", path("dir/link").filesystemPath());
+    ASSERT_EQ(mkfifo(path("dir/pipe").path().c_str(), 0600), 0);
+    const auto listing = browse(path("dir"));
+    EXPECT_THAT(namesOf(listing), ::testing::UnorderedElementsAre(".hidden", "bad\xEF\xBF\xBD.txt", "link", "pipe"));
+    EXPECT_EQ(text(*entryNamed(listing, "link"), "blockedReason"), blockedLink);
+    EXPECT_EQ(failureOf([&] { open(listing, "link"); }), blockedLink);
+    EXPECT_EQ(failureOf([&] { open(listing, "pipe"); }), blockedSpecial);
+    EXPECT_TRUE(compactJson(listing));
+    // A name that is not text can be shown and opened all the same.
+    EXPECT_EQ(contentsOf(document(listing, "bad\xEF\xBF\xBD.txt").file), "bytes");
+}
+
+TEST_F(Folders, UnreadableEntryIsBlocked) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "root may read everything";
+    makeFolder("dir/sub");
+    write("dir/sub/file", "x");
+    const auto root = browse(path("dir"));
+    fs::permissions(path("dir/sub").filesystemPath(), fs::perms::owner_read);
+    const auto sub = enter(root, "sub");
+    EXPECT_EQ(text(*entryNamed(sub, "file"), "blockedReason"), blockedUnavailable);
+    fs::permissions(path("dir/sub").filesystemPath(), fs::perms::none);
+    EXPECT_EQ(failureOf([&] { browser_->refresh(text(sub, "token"), never_); }),
+              "You do not have permission to open “sub”.");
+    fs::permissions(path("dir/sub").filesystemPath(), fs::perms::owner_all);
+}
+
+TEST_F(Folders, TenThousandEntriesAreTheMost) {
+    const FileUrl dir = makeFolder("dir");
+    const FileDescriptor folder(::open(dir.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const auto touch = [&](int number) {
+        const FileDescriptor file(
+            ::openat(folder.get(), std::to_string(number).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600));
+        ASSERT_TRUE(static_cast<bool>(file));
+    };
+    for (int i = 0; i < 10'000; ++i)
+        touch(i);
+    EXPECT_EQ(namesOf(browse(dir)).size(), 10'000U);
+    touch(10'000);
+    EXPECT_EQ(failureOf([&] { browse(dir); }), folderTooLarge);
+}
+
+TEST_F(Folders, IdsLiveWhileTheirFolderIsTheOneListed) {
+    makeFolder("dir/a/b");
+    const auto root = browse(path("dir"));
+    const auto a = enter(root, "a");
+    EXPECT_EQ(failureOf([&] { open(root, "a"); }), itemGone);
+    const auto again = browser_->refresh(text(a, "token"), never_);
+    EXPECT_EQ(text(*entryNamed(again, "b"), "id"), text(*entryNamed(a, "b"), "id"));
+    enter(again, "b");
+    const auto back = browser_->up(text(a, "token"), never_);
+    EXPECT_NE(text(*entryNamed(back, "b"), "id"), text(*entryNamed(a, "b"), "id"));
+}
+
+TEST_F(Folders, ReplacedItemsAreNotServed) {
+    makeFolder("dir/sub");
+    write("dir/file.txt", "x");
+    const auto root = browse(path("dir"));
+    fs::remove(path("dir/file.txt").filesystemPath());
+    EXPECT_EQ(failureOf([&] { open(root, "file.txt"); }), "“file.txt” no longer exists.");
+    makeFolder("dir/file.txt");
+    EXPECT_EQ(failureOf([&] { open(root, "file.txt"); }), itemReplaced);
+    fs::remove(path("dir/file.txt").filesystemPath());
+    fs::create_symlink("/etc/passwd", path("dir/file.txt").filesystemPath());
+    EXPECT_EQ(failureOf([&] { open(root, "file.txt"); }), linksOutside);
+    fs::remove(path("dir/sub").filesystemPath());
+    fs::create_symlink("/etc", path("dir/sub").filesystemPath());
+    EXPECT_EQ(failureOf([&] { open(root, "sub"); }), linksOutside);
+    fs::rename(path("dir").filesystemPath(), path("moved").filesystemPath());
+    EXPECT_EQ(failureOf([&] { browser_->refresh(text(root, "token"), never_); }), "“dir” no longer exists.");
+}
+
+/// Swaps what stands at a name for a link to somewhere else and back, as fast as it can.
+class Swapper {
+public:
+    Swapper(const FileUrl& name, const FileUrl& target) : name_(name.path()), aside_(name.path() + ".aside") {
+        fs::create_symlink(target.path(), aside_);
+        thread_ = std::thread([this] {
+            while (!stop_)
+                swap();
+        });
+    }
+    ~Swapper() {
+        stop_ = true;
+        thread_.join();
+    }
+
+private:
+    void swap() const { ::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, aside_.c_str(), RENAME_EXCHANGE); }
+
+    std::string name_;
+    std::string aside_;
+    std::atomic<bool> stop_ = false;
+    std::thread thread_;
+};
+
+TEST_F(Folders, SwappingForALinkNeverReachesOutside) {
+    const auto inside = zipOf({{.name = "inside", .data = "x"}});
+    const auto outside = zipOf({{.name = "outside", .data = "x"}});
+    makeFolder("dir/sub");
+    makeFolder("elsewhere");
+    write("dir/sub/a.zip", inside);
+    write("dir/b.txt", "inside");
+    write("elsewhere/a.zip", outside);
+    const auto root = fileFacts::statusOf(path("dir/b.txt"));
+    const auto listing = browse(path("dir"));
+    int served = 0;
+    {
+        const Swapper file(path("dir/b.txt"), path("elsewhere/a.zip"));
+        const Swapper parent(path("dir/sub"), path("elsewhere"));
+        for (int round = 0; round < 10'000; ++round) {
+            try {
+                const auto opened = document(listing, "b.txt");
+                EXPECT_EQ(opened.identity, fileFacts::identity(root));
+                ++served;
+            } catch (const ContainerError&) {
+            } catch (const fs::filesystem_error&) {
+            }
+            try {
+                const auto names = namesOf(browser_->browse(path("dir/sub"), std::nullopt, std::nullopt, never_));
+                EXPECT_THAT(names, ElementsAre("a.zip"));
+            } catch (const ContainerError&) {
+            } catch (const fs::filesystem_error&) {
+            }
+        }
+    }
+    EXPECT_GT(served, 0);
+}
+
+} // namespace
+} // namespace quillmere::testing

@@ -1,0 +1,116 @@
+#include "containers/ContainerMessages.h"
+#include "containers/HelperArchiveReader.h"
+#include "tests/containers/Fixtures.h"
+
+#include <atomic>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <thread>
+
+namespace quillmere::testing {
+namespace {
+
+using namespace messages;
+namespace fs = std::filesystem;
+
+const std::string unreadable = std::string(readFailurePrefix) + corruptOrUnsupported;
+
+class HelperReader : public Sandbox {
+protected:
+    void useLiar(std::chrono::milliseconds silence = std::chrono::seconds(10)) {
+        useReaders(HelperArchiveReader::factory({.program = FileUrl(LYING_HELPER), .silence = silence}));
+    }
+    /// From half a second on, the reading time is over.
+    void expireSoon() {
+        clock_ = [start = steadyNow()] {
+            const auto now = steadyNow();
+            return now - start > std::chrono::milliseconds(500) ? now + std::chrono::seconds(31) : now;
+        };
+    }
+    std::string failureOfListing(std::string_view bytes, const char* name = "a.zip") {
+        return failureOf([&] { browse(write(name, bytes)); });
+    }
+};
+
+TEST_F(HelperReader, LiesEndInTheReadFailure) {
+    useLiar();
+    for (const char* lie : {"crash at once", "crash in the middle", "half a frame", "huge length", "garbage",
+                            "wrong order", "data while listing", "no end", ""})
+        EXPECT_EQ(failureOfListing(lie), unreadable) << lie;
+    EXPECT_EQ(failureOfListing("endless entries"), tooManyEntries);
+    EXPECT_EQ(failureOfListing("climbing name"), unsafePath);
+}
+
+TEST_F(HelperReader, LiesWhileExtractingLeaveNothing) {
+    useLiar();
+    const std::pair<const char*, std::string> lies[] = {
+        {"extract nothing", unreadable},   {"extract other", entryChanged},      {"extract endless", entryTooLong},
+        {"extract short", entryTruncated}, {"extract header again", unreadable}, {"extract broken off", unreadable}};
+    for (const auto& [lie, failure] : lies) {
+        const auto listing = browse(write("a.zip", lie));
+        EXPECT_EQ(failureOf([&] { open(listing, "a"); }), failure) << lie;
+        const auto cache = sessionCache(listing).filesystemPath();
+        EXPECT_TRUE(!fs::exists(cache) || fs::is_empty(cache)) << lie;
+    }
+}
+
+TEST_F(HelperReader, SilenceIsAFailureAndSignsOfLifeAreNot) {
+    useLiar(std::chrono::milliseconds(100));
+    EXPECT_EQ(failureOfListing("silent"), unreadable);
+    expireSoon();
+    EXPECT_EQ(failureOfListing("busy"), tookTooLong);
+}
+
+TEST_F(HelperReader, CancellationEndsTheWait) {
+    useLiar();
+    for (const char* lie : {"silent", "busy"}) {
+        const auto file = write("a.zip", lie);
+        std::atomic<bool> cancelled = false;
+        std::thread canceller([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            cancelled = true;
+        });
+        EXPECT_EQ(
+            failureOf([&] { browser_->browse(file, std::nullopt, std::nullopt, [&] { return cancelled.load(); }); }),
+            "cancelled");
+        canceller.join();
+    }
+}
+
+TEST_F(HelperReader, MissingHelperIsReported) {
+    useReaders(HelperArchiveReader::factory({.program = path("no-such-program")}));
+    EXPECT_EQ(failureOfListing(zipOf({})), readerNotCreated);
+}
+
+TEST_F(HelperReader, ArchivesThatNeverEndAreStopped) {
+    // One file is linked twice to the same place, which makes a ring of the reader's list.
+    const std::string ring = xarOf("<?xml version=\"1.0\"?><xar><toc>"
+                                   "<file id=\"1\"><name>a</name><type link=\"original\">file</type></file>"
+                                   "<file id=\"2\"><name>b</name><type link=\"1\">hardlink</type>"
+                                   "<type link=\"1\">hardlink</type></file></toc></xar>");
+    expireSoon();
+    EXPECT_EQ(failureOfListing(ring), tookTooLong);
+    clock_ = steadyNow;
+    const auto file = path("a.zip");
+    int polls = 0;
+    EXPECT_EQ(failureOf([&] { browser_->browse(file, std::nullopt, std::nullopt, [&] { return ++polls > 20; }); }),
+              "cancelled");
+}
+
+TEST_F(HelperReader, FilterProgramsAreNotStarted) {
+    const auto programs = makeFolder("programs");
+    const auto witness = path("witness");
+    write("programs/lzop", "#!/bin/sh\ntouch " + witness.path() + "\n");
+    fs::permissions(path("programs/lzop").filesystemPath(), fs::perms::owner_all);
+    const std::string before = getenv("PATH");
+    setenv("PATH", (programs.path() + ":" + before).c_str(), 1);
+    EXPECT_THAT(failureOfListing(std::string("\x89LZO\x00\x0d\x0a\x1a\x0a 1234567890", 20)),
+                ::testing::StartsWith(readFailurePrefix));
+    // The same with the helper itself given that path.
+    std::system(("exec 3< " + path("a.zip").path() + "; " ARCHIVE_HELPER " plain all > /dev/null").c_str());
+    setenv("PATH", before.c_str(), 1);
+    EXPECT_FALSE(fs::exists(witness.filesystemPath()));
+}
+
+} // namespace
+} // namespace quillmere::testing
