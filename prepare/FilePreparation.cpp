@@ -73,6 +73,16 @@ void requireReadable(const FileUrl& url) {
         throwFileError(errno, url.path());
 }
 
+/// LibreOffice opens no path that is not valid UTF-8; such a file gets a link in the work folder.
+FileUrl underReadableName(const FileUrl& url, const FileUrl& work) {
+    if (isValidUtf8(url.path()))
+        return url;
+    const FileUrl link = work.appending("document." + url.pathExtension());
+    if (::symlink(url.path().c_str(), link.path().c_str()) != 0)
+        throwFileError(errno, link.path());
+    return link;
+}
+
 } // namespace
 
 FilePreparation::FilePreparation(Tools tools) : tools_(std::move(tools)) {}
@@ -207,11 +217,12 @@ std::optional<FileUrl> FilePreparation::convertImage(const FileUrl& url, const F
 std::optional<FileUrl> FilePreparation::convertOffice(const FileUrl& url, const FileUrl& cache,
                                                       const FileUrl& soffice) const {
     return converted(url, cache, "pdf", [&](const WorkFolder& work) -> std::optional<FileUrl> {
+        const FileUrl document = underReadableName(url, work->url());
         runConfined(soffice,
                     {"-env:UserInstallation=" + work->url().appending("profile").uri(), "--headless", "--norestore",
-                     "--convert-to", "pdf", "--outdir", work->url().path(), url.path()},
+                     "--convert-to", "pdf", "--outdir", work->url().path(), document.path()},
                     url, work);
-        const FileUrl produced = work->url().appending(nameWithoutExtension(url) + ".pdf");
+        const FileUrl produced = work->url().appending(nameWithoutExtension(document) + ".pdf");
         return exists(produced) ? std::optional(produced) : std::nullopt;
     });
 }

@@ -1,7 +1,10 @@
 #include "platform/common/Confinement.h"
 
+#include "base/Errors.h"
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -87,6 +90,9 @@ bool Confinement::isAvailable() const {
 }
 
 ProcessSpec Confinement::confine(ProcessSpec program, const ConfinedAccess& access) const {
+    // Behind the wall a program that cannot be started looks like one that failed.
+    if (::access(program.executable.path().c_str(), X_OK) != 0)
+        throwFileError(errno, program.executable.path());
     if (!isAvailable()) {
         const std::string home = access.writable ? access.writable->path() : "/nonexistent";
         program.environment = environment(home, access.writable ? home : privateFolder);

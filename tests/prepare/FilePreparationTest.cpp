@@ -2,6 +2,7 @@
 
 #include "base/Errors.h"
 #include "base/Sha256.h"
+#include "base/Text.h"
 #include "tests/platform/common/Processes.h"
 #include "tests/prepare/Fakes.h"
 
@@ -197,9 +198,10 @@ TEST_F(FilePreparationTest, LibreOfficeGetsItsArgumentsWhateverTheName) {
             const FileUrl work{arguments[6]};
             EXPECT_EQ(work.parent(), cache);
             EXPECT_TRUE(isUuid(work.lastPathComponent()));
+            const FileUrl handedOver = isValidUtf8(name) ? file : work.appending("document.docx");
             EXPECT_THAT(arguments,
                         ElementsAre("-env:UserInstallation=" + work.appending("profile").uri(), "--headless",
-                                    "--norestore", "--convert-to", "pdf", "--outdir", work.path(), file.path()));
+                                    "--norestore", "--convert-to", "pdf", "--outdir", work.path(), handedOver.path()));
             EXPECT_THAT(cacheNames(), ElementsAre(result(file, "pdf").lastPathComponent()));
         }
 }
