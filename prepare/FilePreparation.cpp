@@ -8,7 +8,6 @@
 #include "prepare/ProgramRun.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <exception>
@@ -66,6 +65,29 @@ std::string nameWithoutExtension(const FileUrl& url) {
     return name;
 }
 
+/// The first bytes of the file; empty when it cannot be read.
+std::string headOf(const FileUrl& url) {
+    const FileDescriptor file(::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    std::string head(file ? headSize : 0, '\0');
+    size_t count = 0;
+    while (count < head.size()) {
+        const ssize_t received = ::read(file.get(), head.data() + count, head.size() - count);
+        if (received < 0 && errno == EINTR)
+            continue;
+        if (received <= 0)
+            break;
+        count += static_cast<size_t>(received);
+    }
+    head.resize(count);
+    return head;
+}
+
+/// Whether the file begins as text does: no media format, but a playlist does.
+bool looksLikeText(const FileUrl& url) {
+    return std::ranges::none_of(headOf(url),
+                                [](char c) { return c >= 0 && c < ' ' && c != '\n' && c != '\r' && c != '\t'; });
+}
+
 /// A converter behind its wall would only say that it failed.
 void requireReadable(const FileUrl& url) {
     const FileDescriptor file(::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -116,21 +138,9 @@ std::string FilePreparation::key(const FileUrl& url) {
 }
 
 bool FilePreparation::isTransportStream(const FileUrl& url) {
-    const FileDescriptor file(::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file)
-        return false;
-    std::array<char, headSize> head{};
-    size_t count = 0;
-    while (count < head.size()) {
-        const ssize_t received = ::read(file.get(), head.data() + count, head.size() - count);
-        if (received < 0 && errno == EINTR)
-            continue;
-        if (received <= 0)
-            break;
-        count += static_cast<size_t>(received);
-    }
+    const std::string head = headOf(url);
     for (const size_t packet : {188U, 192U})
-        for (size_t i = 0; i < packet && i + 2 * packet < count; ++i)
+        for (size_t i = 0; i < packet && i + 2 * packet < head.size(); ++i)
             if (head[i] == syncByte && head[i + packet] == syncByte && head[i + 2 * packet] == syncByte)
                 return true;
     return false;
@@ -271,6 +281,9 @@ std::optional<FileUrl> FilePreparation::runFfmpeg(const FileUrl& url, const File
     const auto program = ffmpeg();
     if (!program)
         return std::nullopt;
+    // Without a wall ffmpeg would open whatever a playlist under a film's name lists.
+    if (!tools_.confinement.isAvailable() && looksLikeText(url))
+        throw FileFailure(converterFailure);
     std::vector<std::string> arguments{"-v", "error", "-y", "-i", url.path()};
     if (kind == MediaKind::audio)
         arguments.insert(arguments.end(), {"-vn", "-c:a", "aac"});

@@ -26,7 +26,7 @@ void runProgram(const platform::ProcessSpec& program, std::chrono::seconds limit
         throw FileFailure("File conversion timed out.");
     }
     if (!child.wait().isSuccess())
-        throw FileFailure("The file converter could not open this document.");
+        throw FileFailure(converterFailure);
 }
 
 } // namespace quillmere

@@ -9,6 +9,8 @@
 
 namespace quillmere {
 
+inline constexpr const char* converterFailure = "The file converter could not open this document.";
+
 /// Runs a program to its end; returns when its exit status is 0. Throws FileFailure when it fails or is still running
 /// after `limit`, and the launch error when it cannot be started. A program past its limit is asked to end and killed
 /// soon after; this call does not wait for that, but `work` stays until the program is gone.

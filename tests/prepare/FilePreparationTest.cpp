@@ -239,7 +239,7 @@ TEST_F(FilePreparationTest, FailingConvertersLeaveASentenceAndNothingElse) {
             SCOPED_TRACE(row.name);
             const FileUrl letter = sandbox.write("letter.docx", row.script);
             EXPECT_EQ(failure([&] { preparation(*confinement).prepare(letter, cache); }), row.expected);
-            const FileUrl film = sandbox.write("film.avi", row.script);
+            const FileUrl film = sandbox.write("film.avi", std::string(1, '\0') + row.script);
             EXPECT_EQ(failure([&] { preparation(*confinement).transcode(film, cache, MediaKind::video); }),
                       row.expected);
             EXPECT_THAT(cacheNames(), IsEmpty());
@@ -248,6 +248,15 @@ TEST_F(FilePreparationTest, FailingConvertersLeaveASentenceAndNothingElse) {
     EXPECT_EQ(failure([&] { preparation(walled).transcode(silent, cache, MediaKind::video); }), noCodec);
     const FileUrl missing = sandbox.at("missing.docx");
     EXPECT_EQ(failure([&] { prepare(missing); }), "“missing.docx” no longer exists.");
+}
+
+TEST_F(FilePreparationTest, WithoutTheWallNoTextReachesFfmpeg) {
+    for (const auto& [contents, expected] :
+         {std::pair{std::string("write"), refused}, {std::string("\0write", 6), ""}}) {
+        const FileUrl film = sandbox.write("film.avi", contents);
+        const auto transcode = [&] { preparation(limited).transcode(film, cache, MediaKind::video); };
+        EXPECT_EQ(failure(transcode), *expected ? expected : "no failure");
+    }
 }
 
 TEST_F(FilePreparationTest, AConverterPastItsLimitIsEndedWithWhatItStarted) {

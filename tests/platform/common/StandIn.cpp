@@ -1,5 +1,5 @@
 // Stands in for a converter. What it does is told by its first argument after "do:", or else by the contents of its
-// input file: words separated by blanks, obeyed in order. Its arguments are what it writes, one a line.
+// input file: words separated by blanks or NULs, obeyed in order. Its arguments are what it writes, one a line.
 
 #include <arpa/inet.h>
 #include <csignal>
@@ -130,7 +130,7 @@ int main(int count, char** values) {
     std::string script = isTold ? std::string(values[1] + 3) : contentsOf(job.input);
     std::string word;
     for (const char c : script + " ") {
-        if (c != ' ' && c != '\n') {
+        if (c != ' ' && c != '\n' && c != '\0') {
             word += c;
             continue;
         }
