@@ -40,7 +40,7 @@ void QuillmereDelegate::runContainerOperation(const std::string& name, const std
                 return self.sendError(ticket, name, failure->message);
             const auto& result = std::get<ContainerOpenResult>(outcome);
             if (const auto* opened = std::get_if<OpenedFile>(&result))
-                self.open(opened->file, token, opened->name);
+                self.open(opened->file, token, opened->name, opened->identity);
             else
                 self.showListing(std::get<JsonObject>(result), name, ticket);
         });

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace quillmere {
 
@@ -22,17 +23,28 @@ int64_t fileSize(const FileUrl& file) {
     return error ? 0 : static_cast<int64_t>(size);
 }
 
-/// Pipes, sockets and devices would make whatever reads them wait.
-void refuseSpecialFile(const FileUrl& file) {
-    std::error_code error;
-    if (fs::is_other(fs::status(file.filesystemPath(), error)))
+/// Pipes, sockets and devices would make whatever reads them wait. Where an identity is known, what has taken the
+/// file's name meanwhile is not touched either.
+void checkBeforeUse(const FileUrl& file, const std::optional<FileIdentity>& identity) {
+    struct stat facts{};
+    if (::stat(file.path().c_str(), &facts) != 0)
+        throwFileError(errno, file.path());
+    if (!S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode))
         throwFileError(EINVAL, file.path());
+    if (identity && FileIdentity{.device = facts.st_dev, .file = facts.st_ino} != *identity)
+        throw FileFailure("The selected item no longer exists or access was denied.");
 }
 
 } // namespace
 
 void QuillmereDelegate::open(const FileUrl& url, const std::optional<std::string>& containerToken,
                              const std::optional<std::string>& displayName) {
+    open(url, containerToken, displayName, std::nullopt);
+}
+
+void QuillmereDelegate::open(const FileUrl& url, const std::optional<std::string>& containerToken,
+                             const std::optional<std::string>& displayName,
+                             const std::optional<FileIdentity>& identity) {
     assertMainThread();
     if (!ready_) {
         pending_ = url;
@@ -52,7 +64,7 @@ void QuillmereDelegate::open(const FileUrl& url, const std::optional<std::string
     } else if (ContainerBrowser::isContainer(url)) {
         openContainer(url, containerToken);
     } else {
-        openFile(url, containerToken);
+        openFile(url, containerToken, identity);
     }
 }
 
@@ -63,7 +75,8 @@ void QuillmereDelegate::openContainer(const FileUrl& url, const std::optional<st
     });
 }
 
-void QuillmereDelegate::openFile(const FileUrl& url, const std::optional<std::string>& token) {
+void QuillmereDelegate::openFile(const FileUrl& url, const std::optional<std::string>& token,
+                                 const std::optional<FileIdentity>& identity) {
     if (!token)
         currentContainerRoot_.reset();
     showingContainer_ = false;
@@ -80,23 +93,27 @@ void QuillmereDelegate::openFile(const FileUrl& url, const std::optional<std::st
 
     runInBackground(
         platform_.executors.userInitiated(), platform_.executors.main(), weak_from_this(),
-        [preparation = parts_.preparation, url, cache = cacheRoot()] {
-            refuseSpecialFile(url);
-            return preparation->prepare(url, cache);
+        [preparation = parts_.preparation, url, cache = cacheRoot(), identity] {
+            checkBeforeUse(url, identity);
+            const auto prepared = preparation->prepare(url, cache);
+            if (identity)
+                checkBeforeUse(url, identity);
+            return prepared;
         },
-        [ticket, name, url](QuillmereDelegate& self, const Outcome<PreparedFile>& outcome) {
+        [ticket, name, url, identity](QuillmereDelegate& self, const Outcome<PreparedFile>& outcome) {
             if (self.requestID_ != ticket)
                 return;
             if (const auto* prepared = std::get_if<PreparedFile>(&outcome))
-                self.sendFile(*prepared, url, ticket);
+                self.sendFile(*prepared, url, ticket, identity);
             else
                 self.sendError(ticket, name, std::get<Failure>(outcome).message);
         });
 }
 
-void QuillmereDelegate::sendFile(const PreparedFile& prepared, const FileUrl& original, Ticket ticket) {
+void QuillmereDelegate::sendFile(const PreparedFile& prepared, const FileUrl& original, Ticket ticket,
+                                 const std::optional<FileIdentity>& identity) {
     assertMainThread();
-    currentGrant_ = localFiles_->grant(prepared.file);
+    currentGrant_ = localFiles_->grant(prepared.file, prepared.file == original ? identity : std::nullopt);
     if (prepared.file != original && isConvertedMedia(prepared.ext))
         mediaFallbackAttempted_ = true;
     JsonObject message{{"type", "open"},
@@ -141,14 +158,14 @@ void QuillmereDelegate::transcodeMedia(const JsonObject& body) {
     runInBackground(
         platform_.executors.userInitiated(), platform_.executors.main(), weak_from_this(),
         [preparation = parts_.preparation, file = *served, cache = cacheRoot(), kind] {
-            refuseSpecialFile(file);
+            checkBeforeUse(file, std::nullopt);
             return preparation->transcode(file, cache, kind);
         },
         [ticket, original](QuillmereDelegate& self, const Outcome<PreparedFile>& outcome) {
             if (self.requestID_ != ticket)
                 return;
             if (const auto* prepared = std::get_if<PreparedFile>(&outcome))
-                self.sendFile(*prepared, original, ticket);
+                self.sendFile(*prepared, original, ticket, std::nullopt);
             else
                 self.sendError(ticket, std::nullopt, std::get<Failure>(outcome).message);
         });

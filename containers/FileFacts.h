@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/FileDescriptor.h"
+#include "base/FileIdentity.h"
 #include "base/FileUrl.h"
 
 #include <cstdint>
@@ -8,13 +9,6 @@
 #include <sys/stat.h>
 
 namespace quillmere {
-
-/// Tells whether two handles mean the same file, whatever its name became meanwhile.
-struct FileIdentity {
-    uint64_t device = 0;
-    uint64_t file = 0;
-    bool operator==(const FileIdentity&) const = default;
-};
 
 /// Facts and handles of files for whom a check must still hold when they are used. All throw
 /// std::filesystem::filesystem_error that names the file.

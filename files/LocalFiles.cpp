@@ -15,6 +15,7 @@ namespace quillmere {
 namespace {
 
 constexpr std::string_view grantPrefix = "/__file/";
+constexpr const char* unavailable = "The requested local file is unavailable.";
 
 /// Ends the serving of a task that was stopped meanwhile: nothing more is delivered.
 struct Stopped {};
@@ -29,19 +30,26 @@ std::string grantPath(const std::string& token, const FileUrl& file) {
 LocalFiles::LocalFiles(FileUrl resources, platform::Executors& executors, const platform::ContentTypes& contentTypes)
     : resources_(std::move(resources)), executors_(executors), contentTypes_(contentTypes) {}
 
-std::string LocalFiles::grant(const FileUrl& file) {
+std::string LocalFiles::grant(const FileUrl& file, std::optional<FileIdentity> identity) {
     std::string token = newUuid();
     const std::lock_guard guard(lock_);
-    const auto known = std::ranges::find_if(files_, [&](const auto& entry) { return entry.second == file; });
-    if (known != files_.end())
+    const auto known = std::ranges::find_if(files_, [&](const auto& entry) { return entry.second.file == file; });
+    if (known != files_.end()) {
+        known->second.identity = identity;
         return grantPath(known->first, file);
+    }
     if (files_.size() >= capacity)
         files_.clear();
-    files_.emplace(token, file);
+    files_.emplace(token, Granted{file, identity});
     return grantPath(token, file);
 }
 
 std::optional<FileUrl> LocalFiles::grantedFile(const std::string& path) const {
+    const auto found = granted(path);
+    return found ? std::optional(found->file) : std::nullopt;
+}
+
+std::optional<LocalFiles::Granted> LocalFiles::granted(const std::string& path) const {
     std::array<std::string_view, 2> pieces;
     size_t count = 0;
     std::string_view rest = path;
@@ -59,17 +67,35 @@ std::optional<FileUrl> LocalFiles::grantedFile(const std::string& path) const {
 }
 
 std::optional<FileUrl> LocalFiles::resolve(const std::string& url) const {
+    const auto found = target(url);
+    return found ? std::optional(found->file) : std::nullopt;
+}
+
+std::optional<FileUrl> LocalFiles::fileFor(const std::string& url) const {
+    const auto found = target(url);
+    if (!found)
+        return std::nullopt;
+    try {
+        if (found->identity && RegularFile(found->file).identity() != *found->identity)
+            return std::nullopt;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+    return found->file;
+}
+
+std::optional<LocalFiles::Granted> LocalFiles::target(const std::string& url) const {
     const auto path = appPath(url);
     if (!path)
         return std::nullopt;
     if (path->starts_with(grantPrefix))
-        return grantedFile(*path);
+        return granted(*path);
     const std::string relative = *path == "/" ? "index.html" : path->substr(std::min<size_t>(1, path->size()));
     const FileUrl root = resources_.appending("app").standardized().resolvingSymlinks();
     const FileUrl candidate = root.appending(relative).standardized().resolvingSymlinks();
     if (!candidate.path().starts_with(root.path() + "/"))
         return std::nullopt;
-    return candidate;
+    return Granted{candidate, std::nullopt};
 }
 
 std::string LocalFiles::mime(const FileUrl& file, const platform::ContentTypes& contentTypes) {
@@ -131,14 +157,16 @@ void LocalFiles::serve(const TaskRef& task, const platform::SchemeRequest& reque
 }
 
 void LocalFiles::answer(platform::SchemeTask& task, const platform::SchemeRequest& request) {
-    const auto file = request.url ? resolve(*request.url) : std::nullopt;
-    if (!file)
-        throw FileFailure("The requested local file is unavailable.");
-    const RegularFile source(*file);
+    const auto wanted = request.url ? target(*request.url) : std::nullopt;
+    if (!wanted)
+        throw FileFailure(unavailable);
+    const RegularFile source(wanted->file);
+    if (wanted->identity && source.identity() != *wanted->identity)
+        throw FileFailure(unavailable);
     const uint64_t size = source.size();
     const ByteRange range = byteRange(request.range, size);
 
-    const platform::SchemeResponse head = response(*file, range, size);
+    const platform::SchemeResponse head = response(wanted->file, range, size);
     bool accepted = false;
     if (!deliver(task, [&] { accepted = task.didReceiveResponse(head); }))
         throw Stopped();
@@ -151,9 +179,9 @@ void LocalFiles::answer(platform::SchemeTask& task, const platform::SchemeReques
     uint64_t remaining = range.length;
     while (remaining > 0) {
         task.awaitCapacity();
-        const size_t wanted = static_cast<size_t>(std::min<uint64_t>(remaining, chunkSize));
-        platform::Chunk chunk{.bytes = std::make_unique_for_overwrite<std::byte[]>(wanted), .size = 0};
-        chunk.size = source.read(offset, chunk.bytes.get(), wanted);
+        const size_t count = static_cast<size_t>(std::min<uint64_t>(remaining, chunkSize));
+        platform::Chunk chunk{.bytes = std::make_unique_for_overwrite<std::byte[]>(count), .size = 0};
+        chunk.size = source.read(offset, chunk.bytes.get(), count);
         if (chunk.size == 0)
             return; // the file has shrunk
         offset += chunk.size;

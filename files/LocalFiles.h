@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/FileIdentity.h"
 #include "files/ByteRange.h"
 #include "platform/Executors.h"
 #include "platform/Scheme.h"
@@ -27,7 +28,8 @@ public:
 
     /// Lets the page read the file; the path under which it can fetch it. The same file keeps its path until the table
     /// is full: one grant more than the capacity drops all the others.
-    std::string grant(const FileUrl& file);
+    /// With an identity, only the very file that was checked is served, not what takes its name later.
+    std::string grant(const FileUrl& file, std::optional<FileIdentity> identity = std::nullopt);
     /// The granted file that a decoded request path names.
     std::optional<FileUrl> grantedFile(const std::string& path) const;
     /// The file that a request URL stands for. Does not ask whether it exists.
@@ -40,16 +42,22 @@ public:
 
     void start(std::shared_ptr<platform::SchemeTask> task) override;
     void stop(const platform::SchemeTask& task) override;
-    std::optional<FileUrl> fileFor(const std::string& url) const override { return resolve(url); }
+    std::optional<FileUrl> fileFor(const std::string& url) const override;
 
     /// How many tasks are neither finished nor stopped.
     size_t activeTasks() const;
 
 private:
     using TaskRef = std::shared_ptr<platform::SchemeTask>;
+    struct Granted {
+        FileUrl file;
+        std::optional<FileIdentity> identity;
+    };
 
     void serve(const TaskRef& task, const platform::SchemeRequest& request);
     void answer(platform::SchemeTask& task, const platform::SchemeRequest& request);
+    std::optional<Granted> target(const std::string& url) const;
+    std::optional<Granted> granted(const std::string& path) const;
     platform::SchemeResponse response(const FileUrl& file, const ByteRange& range, uint64_t size) const;
     bool deliver(const platform::SchemeTask& task, const std::function<void()>& action);
     bool isActive(const platform::SchemeTask& task) const;
@@ -59,7 +67,7 @@ private:
     platform::Executors& executors_;
     const platform::ContentTypes& contentTypes_;
     mutable std::mutex lock_; // guards the next two; never held while a task is called
-    std::unordered_map<std::string, FileUrl> files_;
+    std::unordered_map<std::string, Granted> files_;
     std::unordered_set<const platform::SchemeTask*> active_;
 };
 

@@ -21,6 +21,7 @@ RegularFile::RegularFile(const FileUrl& file) : file_(file) {
         throwFileError(EISDIR, file.path());
     if (!S_ISREG(facts.st_mode))
         throwFileError(EINVAL, file.path());
+    identity_ = {.device = facts.st_dev, .file = facts.st_ino};
 }
 
 uint64_t RegularFile::size() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/FileDescriptor.h"
+#include "base/FileIdentity.h"
 #include "base/FileUrl.h"
 
 #include <cstddef>
@@ -15,12 +16,14 @@ public:
     explicit RegularFile(const FileUrl& file);
 
     uint64_t size() const;
+    FileIdentity identity() const noexcept { return identity_; }
     /// Reads up to `count` bytes at `offset`; 0 at the end of the file.
     size_t read(uint64_t offset, std::byte* buffer, size_t count) const;
 
 private:
     FileDescriptor descriptor_;
     FileUrl file_;
+    FileIdentity identity_;
 };
 
 } // namespace quillmere

@@ -87,8 +87,13 @@ private:
 
     // bridge/Documents.cpp
     void openContainer(const FileUrl& url, const std::optional<std::string>& token);
-    void openFile(const FileUrl& url, const std::optional<std::string>& token);
-    void sendFile(const PreparedFile& prepared, const FileUrl& original, Ticket ticket);
+    /// `identity` is that of the file that was checked when it was chosen from a container.
+    void open(const FileUrl& url, const std::optional<std::string>& containerToken,
+              const std::optional<std::string>& displayName, const std::optional<FileIdentity>& identity);
+    void openFile(const FileUrl& url, const std::optional<std::string>& token,
+                  const std::optional<FileIdentity>& identity);
+    void sendFile(const PreparedFile& prepared, const FileUrl& original, Ticket ticket,
+                  const std::optional<FileIdentity>& identity);
     void showQuickLook(const FileUrl& url, Ticket ticket);
     void transcodeMedia(const JsonObject& body);
     void removePreview();

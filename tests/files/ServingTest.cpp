@@ -1,5 +1,6 @@
 #include "base/FileDescriptor.h"
 #include "files/LocalFiles.h"
+#include "files/RegularFile.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "tests/support/Sandbox.h"
 
@@ -135,6 +136,26 @@ TEST_F(ServingTest, RefusalsFailTheTaskAndSayWhy) {
         EXPECT_EQ(task->failure, row.message);
         EXPECT_FALSE(task->finished);
     }
+}
+
+TEST_F(ServingTest, OnlyTheFileThatWasCheckedIsServed) {
+    const FileUrl file = write("entry.txt", "checked");
+    const FileUrl outside = write("outside.txt", "secret");
+    const std::string url = "quillmere://app" + local_->grant(file, RegularFile(file).identity());
+    const auto fetch = [&] {
+        return serve(std::make_shared<HeadlessSchemeTask>(
+            platform::SchemeRequest{.url = url, .method = "GET", .range = std::nullopt}));
+    };
+    EXPECT_EQ(fetch()->body, "checked");
+    EXPECT_EQ(local_->fileFor(url), file);
+
+    fs::remove(file.filesystemPath());
+    fs::create_symlink(outside.filesystemPath(), file.filesystemPath());
+    EXPECT_EQ(fetch()->failure, "The requested local file is unavailable.");
+    EXPECT_FALSE(local_->fileFor(url));
+
+    local_->grant(file);
+    EXPECT_EQ(fetch()->body, "secret") << "chosen anew by the user, links included";
 }
 
 TEST_F(ServingTest, ARefusedResponseFails) {
