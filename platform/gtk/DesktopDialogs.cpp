@@ -14,9 +14,12 @@ void DesktopDialogs::openPanel(Window& window, const OpenPanelSpec& spec,
     }
     auto answer = [this, completion = std::move(completion)](std::optional<FileUrl> file) {
         const auto keep = std::move(filePanel_);
+        if (file)
+            folder_ = file->parent();
         completion(std::move(file));
     };
-    filePanel_ = std::make_unique<FilePanel>(static_cast<DesktopWindow&>(window).handle(), spec, std::move(answer));
+    auto* parent = static_cast<DesktopWindow&>(window).handle();
+    filePanel_ = std::make_unique<FilePanel>(parent, spec, folder_, std::move(answer));
 }
 
 void DesktopDialogs::alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) {

@@ -10,6 +10,9 @@ namespace quillmere::platform::gtk {
 /// at a time: asking again while a file panel is open brings that one to the front and counts as cancelled.
 class DesktopDialogs final : public Dialogs {
 public:
+    /// File panels begin in `folder`, later in that of the last choice.
+    explicit DesktopDialogs(FileUrl folder) : folder_(std::move(folder)) {}
+
     void openPanel(Window& window, const OpenPanelSpec& spec,
                    std::function<void(std::optional<FileUrl>)> completion) override;
     void alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) override;
@@ -21,6 +24,7 @@ public:
 private:
     std::unique_ptr<FilePanel> filePanel_;
     std::unique_ptr<ColorPanel> colorPanel_;
+    FileUrl folder_;
     LoopTimer refusing_;
 };
 

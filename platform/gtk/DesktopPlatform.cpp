@@ -41,11 +41,10 @@ std::vector<std::string> prepared(std::vector<std::string> arguments) {
 DesktopPlatform::DesktopPlatform(std::vector<std::string> arguments, InstanceRole role)
     : defaultsWriter_(executors_.makeSerial("app.quillmere.defaults")),
       defaults_(defaultsFileOf(directories_), *defaultsWriter_),
-      application_(prepared(std::move(arguments)), role, aboutOf(bundle_)),
+      application_(prepared(std::move(arguments)), role, aboutOf(bundle_)), dialogs_(directories_.home),
       toolkit_({.application = application_,
                 .executors = executors_,
                 .defaults = defaults_,
-                .symbols = resourcesOf(bundle_).appending("symbols"),
                 .icons = resourcesOf(bundle_).appending("icons"),
                 .extensions = bundle_.helper("web-process")}),
       workspace_(directories_.applicationSupport, bundle_, contentTypes_),

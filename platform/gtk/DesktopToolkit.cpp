@@ -3,17 +3,15 @@
 #include "platform/gtk/DesktopWindow.h"
 #include "platform/gtk/WebView.h"
 
-#include <unistd.h>
+#include <utility>
 
 namespace quillmere::platform::gtk {
 
 std::unique_ptr<Window> DesktopToolkit::makeWindow(const WindowSpec& spec) {
-    gtk_icon_theme_add_search_path(gtk_icon_theme_get_for_display(gdk_display_get_default()),
-                                   environment_.icons.path().c_str());
+    iconTheme();
     gtk_window_set_default_icon_name(applicationId);
-    return std::make_unique<DesktopWindow>(spec, DesktopWindow::Environment{.application = environment_.application,
-                                                                            .defaults = environment_.defaults,
-                                                                            .symbols = environment_.symbols});
+    return std::make_unique<DesktopWindow>(
+        spec, DesktopWindow::Environment{.application = environment_.application, .defaults = environment_.defaults});
 }
 
 std::unique_ptr<platform::WebView> DesktopToolkit::makeWebView(const WebViewConfiguration& configuration) {
@@ -21,7 +19,14 @@ std::unique_ptr<platform::WebView> DesktopToolkit::makeWebView(const WebViewConf
 }
 
 bool DesktopToolkit::hasSymbol(const std::string& name) const {
-    return ::access(environment_.symbols.appending(symbolFileName(name)).path().c_str(), R_OK) == 0;
+    return gtk_icon_theme_has_icon(iconTheme(), symbolIconName(name).c_str());
+}
+
+GtkIconTheme* DesktopToolkit::iconTheme() const {
+    GtkIconTheme* theme = gtk_icon_theme_get_for_display(gdk_display_get_default());
+    if (!std::exchange(iconsAdded_, true))
+        gtk_icon_theme_add_search_path(theme, environment_.icons.path().c_str());
+    return theme;
 }
 
 } // namespace quillmere::platform::gtk

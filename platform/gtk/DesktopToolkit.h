@@ -16,8 +16,7 @@ public:
         DesktopApplication& application;
         Executors& executors;
         UserDefaults& defaults;
-        FileUrl symbols;    // folder of the symbol images
-        FileUrl icons;      // folder of the icon theme with the program's own icon
+        FileUrl icons;      // an icon theme's folder with the program's icon and its symbols
         FileUrl extensions; // folder of the web process extension
     };
 
@@ -30,7 +29,10 @@ public:
     bool hasSymbol(const std::string& name) const override;
 
 private:
+    GtkIconTheme* iconTheme() const;
+
     Environment environment_;
+    mutable bool iconsAdded_ = false;
 };
 
 } // namespace quillmere::platform::gtk

@@ -43,10 +43,6 @@ GtkWidget* addControls(GtkOverlay* body) {
 
 } // namespace
 
-std::string symbolFileName(const std::string& symbol) {
-    return symbol + "-symbolic.svg"; // the ending by which the toolkit colours it like text
-}
-
 DesktopWindow::DesktopWindow(const WindowSpec& spec, Environment environment)
     : environment_(std::move(environment)), window_(makeWindow(environment_.application.handle(), spec)),
       body_(makeBody(window_.get())), controls_(addControls(body_)), size_(window_.get(), spec, environment_.defaults),
@@ -132,10 +128,6 @@ void DesktopWindow::miniaturize() {
 
 void DesktopWindow::performClose() {
     gtk_window_close(window_.get());
-}
-
-FileUrl DesktopWindow::symbolFile(const std::string& name) const {
-    return environment_.symbols.appending(symbolFileName(name));
 }
 
 void DesktopWindow::tintChanged(const view::Color& tint) {

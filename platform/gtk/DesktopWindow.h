@@ -11,9 +11,6 @@
 
 namespace quillmere::platform::gtk {
 
-/// The name of the file with a symbol's image.
-std::string symbolFileName(const std::string& symbol);
-
 /// The one window: transparent and rounded where the desktop composes windows, its content reaching to the edges, with
 /// window controls of its own at the leading side. Main thread only.
 class DesktopWindow final : public Window, private ViewRenderer::Host {
@@ -21,7 +18,6 @@ public:
     struct Environment {
         DesktopApplication& application; // outlives the window
         UserDefaults& defaults;
-        FileUrl symbols; // folder of the symbol images
     };
 
     DesktopWindow(const WindowSpec& spec, Environment environment);
@@ -47,7 +43,6 @@ public:
     GtkWidget* menuAnchor() const { return controls_; }
 
 private:
-    FileUrl symbolFile(const std::string& name) const override;
     void tintChanged(const view::Color& tint) override;
     void nativeMounted(GtkWidget* widget) override;
     bool showsDesktop() const override;

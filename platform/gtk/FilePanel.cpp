@@ -25,12 +25,14 @@ GtkFileFilter* imageFilter() {
 
 } // namespace
 
-FilePanel::FilePanel(GtkWindow* parent, const OpenPanelSpec& spec, Completion completion)
+FilePanel::FilePanel(GtkWindow* parent, const OpenPanelSpec& spec, const FileUrl& folder, Completion completion)
     : completion_(std::move(completion)) {
     if (spec.files && spec.folders)
         buildForFilesAndFolders(parent, spec);
     else
         buildNative(parent, spec);
+    const auto start = GObjectRef<GFile>::adopt(g_file_new_for_path(folder.path().c_str()));
+    gtk_file_chooser_set_current_folder(chooser_, start.get(), nullptr);
     present();
 }
 

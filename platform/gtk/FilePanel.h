@@ -13,8 +13,8 @@ class FilePanel {
 public:
     using Completion = std::function<void(std::optional<FileUrl>)>;
 
-    /// Shows the panel over `parent`. The completion runs once, and may destroy the panel.
-    FilePanel(GtkWindow* parent, const OpenPanelSpec& spec, Completion completion);
+    /// Shows the panel over `parent`, beginning in `folder`. The completion runs once, and may destroy the panel.
+    FilePanel(GtkWindow* parent, const OpenPanelSpec& spec, const FileUrl& folder, Completion completion);
     ~FilePanel();
     FilePanel(const FilePanel&) = delete;
     FilePanel& operator=(const FilePanel&) = delete;

@@ -62,6 +62,11 @@ GtkAccessibleRole stackRole(const view::View& view) {
 
 } // namespace
 
+std::string symbolIconName(const std::string& symbol) {
+    // With a name of our own, or the desktop's icon theme would come first; the ending has it coloured like text.
+    return "quillmere-" + symbol + "-symbolic";
+}
+
 ViewRenderer::~ViewRenderer() {
     unmount();
 }
@@ -158,9 +163,7 @@ GtkWidget* ViewRenderer::makeWidget(view::View& view, Node& node) {
 GtkWidget* ViewRenderer::makeButton(view::View& view, const view::Button& button) {
     GtkWidget* widget = gtk_button_new();
     gtk_widget_add_css_class(widget, "quillmere-symbol");
-    const auto file = GObjectRef<GFile>::adopt(g_file_new_for_path(host_.symbolFile(button.symbol).path().c_str()));
-    const auto icon = GObjectRef<GIcon>::adopt(g_file_icon_new(file.get()));
-    GtkWidget* image = gtk_image_new_from_gicon(icon.get());
+    GtkWidget* image = gtk_image_new_from_icon_name(symbolIconName(button.symbol).c_str());
     gtk_image_set_pixel_size(GTK_IMAGE(image), symbolSize);
     gtk_button_set_child(GTK_BUTTON(widget), image);
     if (!button.tooltip.empty())

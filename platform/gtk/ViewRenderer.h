@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/FileUrl.h"
 #include "platform/gtk/Signals.h"
 #include "platform/gtk/StyleSheet.h"
 #include "platform/view/View.h"
@@ -11,6 +10,9 @@
 
 namespace quillmere::platform::gtk {
 
+/// The icon theme's name for a symbol; the file with its image is named after it.
+std::string symbolIconName(const std::string& symbol);
+
 /// Turns a view tree into widgets and keeps them in step with it. Main thread only. The tree must not outlive the
 /// renderer as its observer: `unmount` first.
 class ViewRenderer final : public view::ViewObserver {
@@ -19,8 +21,6 @@ public:
     class Host {
     public:
         virtual ~Host() = default;
-        /// The file with the image of a symbol.
-        virtual FileUrl symbolFile(const std::string& name) const = 0;
         /// The colour under everything has changed.
         virtual void tintChanged(const view::Color& tint) = 0;
         /// A widget that somebody else made has come into the window.

@@ -34,9 +34,8 @@ void WindowDrag::pressed(GdkEvent* event) {
                    press.time - press_.time <= static_cast<guint32>(interval) &&
                    std::abs(press.x - press_.x) <= distance && std::abs(press.y - press_.y) <= distance;
     press_ = std::move(press);
-    previousArmed_ = std::exchange(armed_, false);
     down_ = true;
-    zoomOnRelease_ = false;
+    armed_ = zoomOnRelease_ = false;
 }
 
 void WindowDrag::moved(GdkEvent* event) {
@@ -64,10 +63,8 @@ void WindowDrag::released() {
 void WindowDrag::arm() {
     if (press_.button != 1)
         return;
-    if (armed_)
-        previousArmed_ = true; // the message of the press before, late
     armed_ = true;
-    if (!secondPress_ || !previousArmed_)
+    if (!std::exchange(secondPress_, false))
         return;
     if (down_)
         zoomOnRelease_ = true;

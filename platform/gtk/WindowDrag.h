@@ -10,7 +10,7 @@ namespace quillmere::platform::gtk {
 /// maybe after the release, so the pointer is followed natively and a move starts only while the button is really down
 /// and the pointer has left the place: a window manager that is asked later would stick to the pointer.
 ///
-/// Two such presses that make a double click zoom the window, as on any title bar.
+/// Such a press that is the second of a double click zooms the window, as on any title bar.
 class WindowDrag {
 public:
     explicit WindowDrag(GtkWindow* window) : window_(window) {}
