@@ -36,7 +36,8 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
             .makeContainerBrowser =
                 [program = system.bundle.helper("quillmere-archive-reader")](const FileUrl& cache) {
                     return std::make_shared<ContainerBrowser>(
-                        cache, ContainerBrowser::Options{.readers = HelperArchiveReader::factory({.program = program})});
+                        cache,
+                        ContainerBrowser::Options{.readers = HelperArchiveReader::factory({.program = program})});
                 },
             .log = writeLog};
 }
@@ -56,7 +57,8 @@ int runApplication(std::vector<std::string> arguments) {
 
 int main(int argc, char** argv) {
     // Characters are UTF-8 whatever the user's locale is; numbers and dates stay the program's own.
-    if (!std::setlocale(LC_CTYPE, "") || std::string(std::setlocale(LC_CTYPE, nullptr)).find("UTF-8") == std::string::npos)
+    if (!std::setlocale(LC_CTYPE, "") ||
+        std::string(std::setlocale(LC_CTYPE, nullptr)).find("UTF-8") == std::string::npos)
         std::setlocale(LC_CTYPE, "C.UTF-8");
     std::vector<std::string> arguments(argv, argv + argc);
     try {
