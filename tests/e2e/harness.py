@@ -119,8 +119,10 @@ class Program:
             raise AssertionError(f"the program ended with {self.process.returncode}:\n{self.log.read_text(errors='replace')}")
         for line in self.tool("xwininfo", "-root", "-tree").splitlines():
             found = re.match(r'\s*(0x[0-9a-f]+) ".*Quillmere": \("', line)
-            if found and "_QUILLMERE_PAGE_TITLE" in self.tool("xprop", "-id", found.group(1)):
-                return found.group(1)
+            if found:
+                properties = self.tool("xprop", "-id", found.group(1), "_QUILLMERE_PAGE_TITLE", "_NET_WM_PID")
+                if "= \"" in properties and re.search(rf"= {self.process.pid}\b", properties):
+                    return found.group(1)
         return None
 
     def wait_window(self):
@@ -167,11 +169,8 @@ class Program:
         return Path(path)
 
     def web_process(self):
-        for pid in children(self.process.pid):
-            if "WebKitWebProcess" in output("ps", "-o", "args=", "-p", str(pid)) and \
-                    "bwrap" not in output("ps", "-o", "comm=", "-p", str(pid)):
-                return pid
-        return None
+        return next((pid for pid in children(self.process.pid)
+                     if output("ps", "-o", "comm=", "-p", str(pid)).startswith("WebKitWebProces")), None)
 
     def close(self):
         if self.process.poll() is None:
@@ -196,13 +195,18 @@ class EndToEnd(unittest.TestCase):
         cls.display.close()
 
     def setUp(self):
+        self.running = None
         self.files = Path(tempfile.mkdtemp(prefix="quillmere-files-"))
         self.addCleanup(shutil.rmtree, self.files, ignore_errors=True)
 
     def program(self, *arguments, **options):
-        started = Program(self.display, *arguments, **options)
-        self.addCleanup(started.close)
-        return started
+        """Starts the program; the one that this test had before is ended."""
+        if self.running:
+            self.running.close()
+        else:
+            self.addCleanup(lambda: self.running.close())
+        self.running = Program(self.display, *arguments, **options)
+        return self.running
 
     def steps(self, text, **options):
         """Runs these steps in the driver page and returns (program, what they returned)."""

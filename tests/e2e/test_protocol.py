@@ -187,7 +187,7 @@ class OddFiles(EndToEnd):
         return program.wait_result(lambda r: r.get("last", {}).get("type") in ("open", "error"))
 
     def test_names_that_a_file_system_allows(self):
-        for name in (b"new\nline.txt", b"\xff\xfe broken.txt", b"quote'\"\\.txt", "line\u2028separator </script>.txt".encode(),
+        for name in (b"new\nline.txt", b"\xff\xfe broken.txt", b"quote'\"\\.txt", "line\u2028separator <!--<script>.txt".encode(),
                      b"-starts with a dash.txt", b"100% #1? &;.txt", b"n" * 251 + b".txt"):
             with self.subTest(name=name):
                 path = os.path.join(os.fsencode(self.files), name)

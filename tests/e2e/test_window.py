@@ -26,6 +26,8 @@ class Window(EndToEnd):
             move += ["mousemove", str(75 + step * 60), str(95 + step * 40), "sleep", "0.06"]
         program.tool(*move, "sleep", "0.4", "mouseup", "1")
         time.sleep(0.5)
+        source.kill()
+        source.wait()
 
     def started(self, *arguments, **options):
         program = self.program(*arguments, page="driver", **options)
@@ -54,7 +56,7 @@ class Window(EndToEnd):
         program, value = self.steps("return api.messages.map(m => m.type)")
         first = program.result()["run"]
         for _ in range(2):
-            os.kill(program.web_process(), signal.SIGKILL)
+            os.kill(until("the web process", program.web_process), signal.SIGKILL)
             report = program.wait_result(lambda r: r.get("state") == "done" and r["run"] != first)
             self.assertEqual(report["value"][0], "init")
             first = report["run"]

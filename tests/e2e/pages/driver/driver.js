@@ -68,7 +68,7 @@ window.Quillmere = {
         settle();
         if (message.type === 'open' && String(message.name).endsWith('.steps.js')) run(message);
         else if (message.type === 'open' && message.url && result.state !== 'running') look(message);
-        else if (result.state !== 'running') publish({ state: 'message', last: message });
+        else if (result.state !== 'running' && message.type !== 'active') publish({ state: 'message', last: message });
     },
     applyPlatformPreferences(preferences) {
         messages.push({ type: 'preferences', preferences });
