@@ -26,6 +26,8 @@ class Window(EndToEnd):
             move += ["mousemove", str(75 + step * 60), str(95 + step * 40), "sleep", "0.06"]
         program.tool(*move, "sleep", "0.4", "mouseup", "1")
         time.sleep(0.5)
+        source.kill()  # or the next drag might begin in this one's window
+        source.wait()
         source.kill()
         source.wait()
 
