@@ -58,10 +58,11 @@ void NaturalOrder::sort(std::vector<const Node*>& nodes) const {
         keys.append(key.begin(), key.begin() + length);
     }
     const auto keyOf = [&](const Row& row) { return std::string_view(keys).substr(row.keyStart, row.keyLength); };
-    std::ranges::stable_sort(rows, [&](const Row& left, const Row& right) {
+    std::ranges::sort(rows, [&](const Row& left, const Row& right) {
         if (left.node->directory != right.node->directory)
             return left.node->directory;
-        return keyOf(left) < keyOf(right);
+        const int order = keyOf(left).compare(keyOf(right));
+        return order != 0 ? order < 0 : left.keyStart < right.keyStart; // keys were made in the given order
     });
     std::ranges::transform(rows, nodes.begin(), &Row::node);
 }

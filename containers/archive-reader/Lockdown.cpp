@@ -10,6 +10,15 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define QUILLMERE_SANITIZED
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QUILLMERE_SANITIZED
+#endif
+
 namespace quillmere {
 
 namespace {
@@ -29,7 +38,7 @@ bool limit(__rlimit_resource resource, rlim_t value) {
 }
 
 bool limitResources() {
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef QUILLMERE_SANITIZED
     // The sanitizers reserve terabytes of address space.
     if (!limit(RLIMIT_AS, memoryBytes))
         return false;
