@@ -18,6 +18,7 @@ void repairTabOrder(GtkWindow* window, GtkWidget* webView) {
             if (key != GDK_KEY_Tab && key != GDK_KEY_ISO_Left_Tab && key != GDK_KEY_KP_Tab)
                 return FALSE;
             const guint32 time = gtk_event_controller_get_current_event_time(GTK_EVENT_CONTROLLER(controller));
+            gtk_window_set_focus_visible(window, TRUE);
             const bool again = std::exchange(*lastTab, time) == time && time != 0;
             return again && gtk_window_get_focus(window) != webView;
         });

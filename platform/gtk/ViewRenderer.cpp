@@ -99,9 +99,10 @@ GtkWidget* ViewRenderer::render(view::View& view) {
     GtkWidget* widget = node.widget.get();
     if (view.size)
         gtk_widget_set_size_request(widget, points(view.size->width), points(view.size->height));
-    if (!view.accessibilityLabel.empty())
-        gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                       view.accessibilityLabel.c_str(), -1);
+    const bool isToolbar = gtk_accessible_get_accessible_role(GTK_ACCESSIBLE(widget)) == GTK_ACCESSIBLE_ROLE_TOOLBAR;
+    if (const std::string label = view.accessibilityLabel.empty() && isToolbar ? "Toolbar" : view.accessibilityLabel;
+        !label.empty())
+        gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
     syncChildren(view, node);
     return widget;
 }
