@@ -27,12 +27,14 @@ constexpr std::chrono::milliseconds primaryLimit{1500};
 struct Probe {
     std::mutex lock;
     std::condition_variable changed;
+    bool hasBus = false;
     bool nameIsOwned = false;
     std::optional<InstanceRole> role;
 
-    void found() {
+    void answered(bool owned) {
         const std::lock_guard guard(lock);
-        nameIsOwned = true;
+        hasBus = true;
+        nameIsOwned = owned;
         changed.notify_one();
     }
     void decide(InstanceRole decided) {
@@ -95,10 +97,19 @@ void ask(Probe& probe, const std::string& address, const std::string& path) {
     if (!answer)
         return probe.decide(InstanceRole::alone);
     const GlibVariant owned(g_variant_get_child_value(answer.get(), 0));
-    if (!g_variant_get_boolean(owned.get()))
+    const bool isOwned = g_variant_get_boolean(owned.get());
+    probe.answered(isOwned);
+    if (!isOwned)
         return probe.decide(InstanceRole::primary);
-    probe.found();
     probe.decide(handOver(bus.get(), path) ? InstanceRole::handedOver : InstanceRole::alone);
+}
+
+/// Whatever else in the process looks for the bus must not wait for one that is silent, and accessibility, which needs
+/// the bus, would only complain.
+void doWithoutBus(InstanceRole role) {
+    if (role == InstanceRole::alone)
+        g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", TRUE);
+    g_setenv("GTK_A11Y", "none", FALSE);
 }
 
 } // namespace
@@ -112,8 +123,10 @@ std::string namedFile(const std::vector<std::string>& arguments) {
 
 InstanceRole claimInstance(const std::vector<std::string>& arguments) {
     const auto address = sessionBusAddress();
-    if (address.empty())
+    if (address.empty()) {
+        doWithoutBus(InstanceRole::primary);
         return InstanceRole::primary;
+    }
     const auto probe = std::make_shared<Probe>();
     std::thread([probe, address, path = namedFile(arguments)] {
         try {
@@ -126,13 +139,11 @@ InstanceRole claimInstance(const std::vector<std::string>& arguments) {
     std::unique_lock guard(probe->lock);
     const auto decided = [&] { return probe->role.has_value(); };
     probe->changed.wait_for(guard, busLimit, [&] { return decided() || probe->nameIsOwned; });
-    const bool busAnswered = probe->nameIsOwned;
-    if (busAnswered)
+    if (probe->nameIsOwned)
         probe->changed.wait_for(guard, primaryLimit, decided);
     const auto role = probe->role.value_or(InstanceRole::alone);
-    // Whatever else in the process looks for the bus (accessibility, portals) must not wait for it either.
-    if (role == InstanceRole::alone && !busAnswered)
-        g_setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", TRUE);
+    if (!probe->hasBus)
+        doWithoutBus(role);
     return role;
 }
 

@@ -1,0 +1,110 @@
+#include "platform/gtk/DesktopEntry.h"
+#include "platform/gtk/DesktopServices.h"
+#include "platform/gtk/MainMenu.h"
+#include "platform/gtk/SingleInstance.h"
+#include "platform/gtk/Theme.h"
+#include "platform/gtk/WindowPlacement.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace quillmere::platform::gtk {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Theme, FollowsTheTint) {
+    const struct {
+        const char* name;
+        view::Color tint;
+        Shade shade;
+    } rows[] = {
+        {"the first tint", {.red = 0x14 / 255.0, .green = 0x16 / 255.0, .blue = 0x14 / 255.0}, Shade::dark},
+        {"black", {}, Shade::dark},
+        {"paper", {.red = 0xf2 / 255.0, .green = 0xef / 255.0, .blue = 0xe8 / 255.0}, Shade::light},
+        {"grey just below the limit", {.red = 0.60, .green = 0.60, .blue = 0.60}, Shade::dark},
+        {"grey just above the limit", {.red = 0.61, .green = 0.61, .blue = 0.61}, Shade::light},
+        {"pure blue", {.blue = 1}, Shade::dark},
+        {"pure yellow", {.red = 1, .green = 1}, Shade::light},
+    };
+    for (const auto& row : rows) {
+        const auto theme = Theme::fromTint(row.tint);
+        EXPECT_EQ(theme.shade, row.shade) << row.name;
+        // WCAG's ratio for text, whatever the colour of the tint.
+        const double ink = luminance(theme.ink), glass = luminance(theme.glass);
+        EXPECT_GE((std::max(ink, glass) + 0.05) / (std::min(ink, glass) + 0.05), 7) << row.name;
+    }
+    const auto grey = Theme::fromTint({.red = 0.2, .green = 0.2, .blue = 0.2}).accent;
+    EXPECT_GT(grey.green, grey.red); // celadon
+    const auto warm = Theme::fromTint({.red = 0.35, .green = 0.12, .blue = 0.08}).accent;
+    EXPECT_GT(warm.red, warm.green); // the tint's own hue
+}
+
+TEST(Theme, WritesColorsWithoutTheLocale) {
+    EXPECT_EQ(cssColor({.red = 1, .green = 0.5, .blue = 0, .alpha = 0.65}), "rgba(255,128,0,0.650)");
+    EXPECT_EQ(cssColor({.red = 2, .green = -1, .blue = 0, .alpha = 7}), "rgba(255,0,0,1.000)");
+}
+
+TEST(MainMenu, PutsKeysOnTheDesktopsModifiers) {
+    const struct {
+        std::string key;
+        KeyModifiers modifiers;
+        const char* accelerator;
+    } rows[] = {
+        {"o", {}, "<Control>o"},
+        {",", {}, "<Control>comma"},
+        {"z", {.shift = true}, "<Control><Shift>z"},
+        {"f", {.control = true}, "<Control><Alt>f"},
+        {"", {}, ""},
+        {"\xff", {}, ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_STREQ(acceleratorFor({.title = "x", .key = row.key, .modifiers = row.modifiers}).c_str(),
+                     row.accelerator);
+}
+
+TEST(SizeMemory, TakesOnlySizesThatAWindowCanHave) {
+    const view::Size minimum{.width = 640, .height = 440};
+    EXPECT_EQ(parseSize(sizeText(1240, 800), minimum), (view::Size{.width = 1240, .height = 800}));
+    EXPECT_EQ(parseSize("640 440", minimum), minimum);
+    for (const char* text : {"", "1240", "1240 ", "1240x800", "1240 800 ", "639 800", "1240 439", "99999 800",
+                             "99999999999999999999 800", "-1240 800", "1240  800"})
+        EXPECT_EQ(parseSize(text, minimum), std::nullopt) << text;
+}
+
+TEST(SingleInstance, NamesTheFirstArgumentThatIsNoSwitch) {
+    const std::string here = std::filesystem::current_path().native();
+    EXPECT_EQ(namedFile({"program", "-x", "a/../b#1%.txt", "c"}), here + "/b#1%.txt");
+    EXPECT_EQ(namedFile({"program", "http:x"}), here + "/http:x");
+    EXPECT_EQ(namedFile({"program", "--new"}), "");
+    EXPECT_EQ(namedFile({"program"}), "");
+}
+
+TEST(DesktopEntry, QuotesTheProgram) {
+    const struct {
+        const char* path;
+        const char* line;
+    } rows[] = {
+        {"/opt/Quillmere.app/Contents/MacOS/Quillmere", "Exec=\"/opt/Quillmere.app/Contents/MacOS/Quillmere\" %f\n"},
+        {"/home/a b/100%/Quillmere", "Exec=\"/home/a b/100%%/Quillmere\" %f\n"},
+        {"/a\"b`c$d\\e", R"(Exec="/a\\"b\\`c\\$d\\\\e" %f)"},
+    };
+    for (const auto& row : rows)
+        EXPECT_THAT(desktopEntry(FileUrl(row.path), {}).value_or(""), HasSubstr(row.line));
+    EXPECT_THAT(desktopEntry(FileUrl("/x"), {"text/plain", "image/png"}).value_or(""),
+                HasSubstr("MimeType=text/plain;image/png;\n"));
+    for (const char* path : {"/a\nExec=evil", "/a=b", "/\xff"})
+        EXPECT_EQ(desktopEntry(FileUrl(path), {}), std::nullopt);
+}
+
+TEST(DesktopContentTypes, KnowsTheDesktopsTypesAndNoOthers) {
+    const DesktopContentTypes types;
+    EXPECT_EQ(types.mimeType("pdf"), "application/pdf");
+    EXPECT_EQ(types.mimeType("html"), "text/html");
+    for (const auto& extension :
+         {std::string(), std::string("no-such-extension"), std::string("../pdf"), std::string("\0pdf", 4)})
+        EXPECT_EQ(types.mimeType(extension), std::nullopt) << extension;
+}
+
+} // namespace
+} // namespace quillmere::platform::gtk
