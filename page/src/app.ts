@@ -182,7 +182,7 @@ export class App {
             selected: entry => this.details.show(factsOfEntry(entry, container.path)),
         }));
         this.strip.tools();
-        this.enter('listing');
+        this.enter('listing', 'listing', container.path);
     }
 
     private fail(message: Failure): void {

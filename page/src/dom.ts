@@ -37,7 +37,8 @@ export function iconButton(name: string, title: string, onclick: () => void, cls
 /** True while keys belong to a text field, so that single-letter shortcuts stay out of its way. */
 export function isEditable(target: EventTarget | null): boolean {
     if (!(target instanceof HTMLElement)) return false;
-    return target.isContentEditable || target.matches('input, textarea, select');
+    const editor = target.isContentEditable && target.ariaReadOnly !== 'true';
+    return editor || target.matches('input, textarea, select');
 }
 
 /** Makes a capsule one Tab stop; Left, Right, Home and End move between its buttons. */

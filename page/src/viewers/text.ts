@@ -73,9 +73,16 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
         return true;
     };
 
+    // Among a container's documents the plain arrows step to the neighbours; there is nothing to edit at the caret.
+    const stepBy = (delta: number) => {
+        if (!view.neighbours || !editor.state.selection.main.empty) return false;
+        view.neighbours.go(delta);
+        return true;
+    };
+
     const extensions: Extension[] = [
         EditorState.readOnly.of(true),
-        EditorView.contentAttributes.of({ 'aria-label': doc.name, spellcheck: 'false', autocorrect: 'off', autocapitalize: 'off' }),
+        EditorView.contentAttributes.of({ 'aria-label': doc.name, 'aria-readonly': 'true', spellcheck: 'false', autocorrect: 'off', autocapitalize: 'off' }),
         lineNumbers(),
         highlightSpecialChars(),
         drawSelection(),
@@ -89,6 +96,8 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
             { key: 'F3', run: findNext, shift: findPrevious, preventDefault: true },
             { key: 'Alt-z', run: toggleWrap },
             { key: 'Escape', run: () => find.isOpen && (find.close(), true) },
+            { key: 'ArrowLeft', run: () => stepBy(-1) },
+            { key: 'ArrowRight', run: () => stepBy(1) },
             ...foldKeymap,
             ...defaultKeymap,
         ]),
