@@ -1,4 +1,6 @@
 #include "containers/HelperArchiveReader.h"
+#include "platform/common/EndOfProgram.h"
+#include "platform/common/ProcessRegistry.h"
 #include "platform/gtk/DesktopPlatform.h"
 #include "platform/gtk/MediaEnvironment.h"
 #include "platform/gtk/SingleInstance.h"
@@ -50,12 +52,13 @@ int runApplication(std::vector<std::string> arguments) {
     platform::gtk::DesktopPlatform desktop(std::move(arguments), role);
     const auto system = desktop.seam();
     const auto delegate = QuillmereDelegate::make(system, partsOf(system, desktop.confinement()));
-    return desktop.run(*delegate);
+    platform::endProgram(desktop.run(*delegate));
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    platform::ProcessRegistry::installEndOfProgram();
     // Characters are UTF-8 whatever the user's locale is; numbers and dates stay the program's own.
     if (!std::setlocale(LC_CTYPE, "") ||
         std::string(std::setlocale(LC_CTYPE, nullptr)).find("UTF-8") == std::string::npos)

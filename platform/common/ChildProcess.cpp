@@ -210,7 +210,7 @@ ChildProcess::ChildProcess(const ProcessSpec& spec) {
         if (!ProcessRegistry::add(process_)) {
             ::kill(process_, SIGKILL);
             ::waitpid(process_, nullptr, 0);
-            throwSystemError(EAGAIN, "too many children");
+            throwSystemError(EAGAIN, "no more children");
         }
     });
     report.writeEnd.reset();

@@ -21,6 +21,7 @@ constexpr auto endPollInterval = std::chrono::milliseconds(20);
 
 /// A fixed table of atomics, since a signal handler reads it.
 std::array<std::atomic<pid_t>, 1024> groups;
+std::atomic<bool> isEnding = false;
 static_assert(std::atomic<pid_t>::is_always_lock_free);
 
 struct Start {
@@ -160,8 +161,13 @@ void runOnStarter(const std::function<void()>& action) {
 bool add(pid_t group) noexcept {
     for (auto& slot : groups) {
         pid_t empty = 0;
-        if (slot.compare_exchange_strong(empty, group))
+        if (!slot.compare_exchange_strong(empty, group))
+            continue;
+        // Noted before this is asked, so that either we see the end or the end sees the group.
+        if (!isEnding)
             return true;
+        slot = 0;
+        return false;
     }
     return false;
 }
@@ -186,6 +192,7 @@ void killAll() noexcept {
 }
 
 void endAll() noexcept {
+    isEnding = true;
     killAll();
     std::vector<std::function<void()>> actions;
     for (auto& ending : Starter::shared().takeEndings()) {

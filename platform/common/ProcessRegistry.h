@@ -16,7 +16,7 @@ namespace ProcessRegistry {
 /// Runs `action` on the starting thread and waits for it; rethrows what it throws.
 void runOnStarter(const std::function<void()>& action);
 
-/// Takes note of a process group, and forgets it. False when the table is full.
+/// Takes note of a process group, and forgets it. False when the table is full or the program ends.
 bool add(pid_t group) noexcept;
 void remove(pid_t group) noexcept;
 
@@ -27,7 +27,8 @@ void endSoon(ChildProcess child, std::chrono::milliseconds grace, std::function<
 /// Kills every group. May be called in a signal handler.
 void killAll() noexcept;
 
-/// For the end of the program: kills every group and runs what `endSoon` still has to run. Never waits for a thread.
+/// For the end of the program: kills every group, lets no other start, and runs what `endSoon` still has to run. Never
+/// waits for a thread.
 void endAll() noexcept;
 
 /// Kills every group when the program ends by exit() or by SIGTERM, SIGINT or SIGHUP. Signals that have a handler, or

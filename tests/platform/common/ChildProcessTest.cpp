@@ -1,7 +1,10 @@
 #include "platform/common/ChildProcess.h"
 
 #include "base/Errors.h"
+#include "platform/common/EndOfProgram.h"
 #include "platform/common/ProcessRegistry.h"
+#include "platform/common/TemporaryFolder.h"
+#include "platform/common/ThreadPool.h"
 #include "tests/platform/common/Processes.h"
 #include "tests/platform/common/Sandbox.h"
 
@@ -10,6 +13,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <latch>
+#include <thread>
 
 namespace quillmere {
 namespace {
@@ -201,6 +206,27 @@ TEST_F(EndOfProgram, ByItself) {
 TEST_F(EndOfProgram, AskedToEnd) {
     EXPECT_EXIT(endWithChildren("do:ignore-term fork sleep", 2, [] { std::raise(SIGTERM); }),
                 testing::KilledBySignal(SIGTERM), "");
+}
+TEST_F(EndOfProgram, AtOnceWhileAWorkerWaits) {
+    const tests::Sandbox sandbox; // the child program has one of its own
+    ::setenv("QUILLMERE_TEST_FOLDER", sandbox.url().path().c_str(), 0);
+    const FileUrl folder(::getenv("QUILLMERE_TEST_FOLDER"));
+    const auto end = [&] {
+        const auto work = platform::TemporaryFolder::makeInside(folder);
+        platform::ThreadPool pool({.name = "test"});
+        std::latch started(1);
+        pool.submit([&] {
+            ChildProcess child(standIn({"do:sleep"}));
+            started.count_down();
+            child.wait();
+            std::this_thread::sleep_for(std::chrono::hours(1));
+        });
+        started.wait();
+        platform::endProgram(6);
+    };
+    EXPECT_EXIT(endWithChildren("do:ignore-term fork sleep", 2, end), testing::ExitedWithCode(6), "");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.filesystemPath()));
+    ::unsetenv("QUILLMERE_TEST_FOLDER");
 }
 TEST_F(EndOfProgram, Killed) {
     EXPECT_EXIT(endWithChildren("do:sleep", 1, [] { std::raise(SIGKILL); }), testing::KilledBySignal(SIGKILL), "");
