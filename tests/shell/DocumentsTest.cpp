@@ -142,7 +142,7 @@ TEST_F(DocumentsTest, OldOfficeFilesGoToTheNativePreview) {
 TEST_F(DocumentsTest, AMediaFileIsConvertedOnceWhenThePageCannotPlayIt) {
     installFfmpeg("for last; do :; done; echo film > \"$last\"\n");
     launchAndGetReady();
-    page().drop({write("clip.webm", "codec of the day")});
+    page().drop({write("clip.webm", "\x1A\x45\xDF\xA3 codec of the day")});
     const auto open = await("open");
     const auto url = *stringField(open, "url");
 
