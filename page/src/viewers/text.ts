@@ -99,7 +99,7 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
             { key: 'ArrowLeft', run: () => stepBy(-1) },
             { key: 'ArrowRight', run: () => stepBy(1) },
             ...foldKeymap,
-            ...defaultKeymap,
+            ...defaultKeymap.filter(({ key }) => key !== 'Backspace'), // leads back to the list
         ]),
         EditorView.updateListener.of((update) => {
             if (update.selectionSet) showPosition();
