@@ -37,7 +37,7 @@ std::optional<std::string> desktopEntry(const FileUrl& program, const std::vecto
         return std::nullopt;
     std::string text = "[Desktop Entry]\n"
                        "Type=Application\n"
-                       "Version=1.5\n"
+                       "Version=1.0\n"
                        "Name=Quillmere\n"
                        "GenericName=File Viewer\n"
                        "Comment=Look at files, folders and archives\n"

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <gdk/x11/gdkx.h>
 #include <iterator>
 #include <set>
 #include <system_error>
@@ -22,6 +23,7 @@ namespace {
 constexpr const char* unknownType = "application/octet-stream";
 constexpr std::chrono::seconds refreshLimit{30};
 constexpr int missingTool = 127;
+constexpr size_t largestWhole = 64 * 1024; // what an X11 server surely takes in one piece
 
 void copyIcon(const FileUrl& resources, const FileUrl& dataFolder) {
     const std::string name = std::string("icons/hicolor/scalable/apps/") + applicationId + ".svg";
@@ -50,6 +52,11 @@ bool DesktopPasteboard::setString(const std::string& text) {
     GdkDisplay* display = gdk_display_get_default();
     if (!display)
         return false;
+    if (GDK_IS_X11_DISPLAY(display) && text.size() > largestWhole) {
+        if (!large_)
+            large_ = X11Clipboard::open(gdk_display_get_name(display));
+        return large_ && large_->setText(text);
+    }
     // As bytes: the text may hold a NUL.
     const GlibBytes bytes(g_bytes_new(text.data(), text.size()));
     const auto provider = GObjectRef<GdkContentProvider>::adopt(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Services.h"
+#include "platform/gtk/X11Clipboard.h"
 
 #include <gtk/gtk.h>
 
@@ -10,6 +11,9 @@ namespace quillmere::platform::gtk {
 class DesktopPasteboard final : public Pasteboard {
 public:
     bool setString(const std::string& text) override;
+
+private:
+    std::unique_ptr<X11Clipboard> large_; // from the first text that the toolkit could not hand over
 };
 
 /// shared-mime-info through GIO.

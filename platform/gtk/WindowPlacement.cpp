@@ -10,7 +10,6 @@ namespace {
 constexpr double largestSide = 16'384;
 constexpr std::chrono::milliseconds saveDelay{400};
 
-// The macros of Xlib are in the way of names of ours, so this is the only source that sees them.
 void centerNow(GtkWindow* window) {
     GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window));
     if (!GDK_IS_X11_SURFACE(surface))
