@@ -8,7 +8,8 @@
 namespace quillmere::platform::gtk {
 
 /// Owns one reference to a GObject; copying takes another.
-template <typename T> class GObjectRef {
+template <typename T>
+class GObjectRef {
 public:
     GObjectRef() = default;
     GObjectRef(const GObjectRef& other) : object_(other.object_) {
@@ -43,7 +44,8 @@ private:
 };
 
 /// Remembers a GObject without keeping it alive.
-template <typename T> class GObjectWeak {
+template <typename T>
+class GObjectWeak {
 public:
     GObjectWeak() { g_weak_ref_init(&reference_, nullptr); }
     GObjectWeak(const GObjectWeak&) = delete;

@@ -16,7 +16,8 @@ namespace quillmere::platform::gtk {
 void reportStray(const std::exception* error) noexcept;
 
 /// Runs `action`; an exception must not travel through the toolkit's C frames, so it ends here with `fallback`.
-template <typename Result, typename Action> Result guarded(Result fallback, Action&& action) noexcept {
+template <typename Result, typename Action>
+Result guarded(Result fallback, Action&& action) noexcept {
     try {
         return std::forward<Action>(action)();
     } catch (const std::exception& error) {
@@ -26,7 +27,8 @@ template <typename Result, typename Action> Result guarded(Result fallback, Acti
     }
     return fallback;
 }
-template <typename Action> void guarded(Action&& action) noexcept {
+template <typename Action>
+void guarded(Action&& action) noexcept {
     guarded(0, [&] {
         std::forward<Action>(action)();
         return 0;
@@ -54,7 +56,8 @@ using SignalConnections = std::vector<SignalConnection>;
 
 namespace detail {
 
-template <typename Handler, typename Signature> struct Trampoline;
+template <typename Handler, typename Signature>
+struct Trampoline;
 
 template <typename Handler, typename Result, typename... Arguments>
 struct Trampoline<Handler, Result (Handler::*)(Arguments...) const> {
@@ -72,14 +75,16 @@ struct Trampoline<Handler, Result (Handler::*)(Arguments...) const> {
 
 /// Connects a lambda whose parameters are exactly those of the C signal handler without the user data. It lives as long
 /// as the emitting object, so it must not capture anything that may go earlier.
-template <typename Handler> gulong connectForLife(gpointer instance, const char* signal, Handler handler) {
+template <typename Handler>
+gulong connectForLife(gpointer instance, const char* signal, Handler handler) {
     using Call = detail::Trampoline<Handler, decltype(&Handler::operator())>;
     return g_signal_connect_data(instance, signal, G_CALLBACK(&Call::call), new Handler(std::move(handler)),
                                  &Call::destroy, GConnectFlags{});
 }
 
 /// The same, for as long as the returned connection lives.
-template <typename Handler> [[nodiscard]] SignalConnection connect(gpointer instance, const char* signal, Handler handler) {
+template <typename Handler>
+[[nodiscard]] SignalConnection connect(gpointer instance, const char* signal, Handler handler) {
     return SignalConnection(instance, connectForLife(instance, signal, std::move(handler)));
 }
 
