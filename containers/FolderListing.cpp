@@ -25,15 +25,11 @@ struct FolderCloser {
 using OpenFolder = std::unique_ptr<DIR, FolderCloser>;
 
 OpenFolder openFolder(const FileUrl& root, const std::string& path) {
-    ConfinedPlace place = confinedPlace(root, path, fileFacts::Handle::place);
-    // The handle itself is read, not its name again.
-    FileDescriptor readable(::openat(place.handle.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!readable)
-        throwFileError(errno, place.url.path());
-    OpenFolder folder(::fdopendir(readable.get()));
+    ConfinedPlace place = confinedPlace(root, path, fileFacts::Handle::contents);
+    OpenFolder folder(::fdopendir(place.handle.get()));
     if (!folder)
         throwFileError(errno, place.url.path());
-    readable.release(); // the folder owns it now
+    place.handle.release(); // the folder owns it now
     return folder;
 }
 

@@ -146,6 +146,55 @@ std::string xarOf(std::string_view xml) {
            big(uint32_t{0}) + table;
 }
 
+std::string isoWithLoop() {
+    constexpr size_t sector = 2'048;
+    constexpr uint32_t rootSector = 18;
+    constexpr uint32_t areaSector = 19;
+    constexpr uint32_t areaBytes = 34;
+    constexpr uint32_t dataSector = 20;
+    const auto both = [](auto number) { return little(number) + big(number); };
+    const auto continuation = [&] {
+        return std::string("NM\x06\x01\x00"
+                           "aCE\x1c\x01",
+                           10) +
+               both(areaSector) + both(uint32_t{0}) + both(areaBytes);
+    };
+    const auto record = [&](uint32_t at, uint8_t flags, const std::string& name, const std::string& systemUse) {
+        std::string bytes = std::string(1, '\0') + both(at) + both(uint32_t{sector}) + std::string(7, '\x01') +
+                            static_cast<char>(flags) + std::string(2, '\0') + both(uint16_t{1}) +
+                            static_cast<char>(name.size()) + name + (name.size() % 2 == 0 ? std::string(1, '\0') : "") +
+                            systemUse;
+        // The record's length comes first, before the length of its extension.
+        return static_cast<char>(bytes.size() + 1) + bytes;
+    };
+    const std::string self(1, '\0');
+    const std::string shared("SP\x07\x01\xbe\xef\x00"
+                             "NM\x05\x01\x02",
+                             12);
+    std::string image(32 * sector, '\0'); // a shorter one is not taken for an image
+    const auto volume = 16 * sector;
+    place(image, volume,
+          std::string("\x01"
+                      "CD001"
+                      "\x01",
+                      7));
+    place(image, volume + 80, both(uint32_t{32}));
+    place(image, volume + 120, both(uint16_t{1}) + both(uint16_t{1}) + both(uint16_t{sector}));
+    place(image, volume + 132, both(uint32_t{10}) + little(areaSector) + little(uint32_t{0}) + big(areaSector));
+    place(image, volume + 156, record(rootSector, 2, self, ""));
+    place(image, volume + 881, "\x01");
+    place(image, volume + sector,
+          std::string("\xff"
+                      "CD001"
+                      "\x01",
+                      7));
+    place(image, rootSector * sector,
+          record(rootSector, 2, self, shared) + record(rootSector, 2, "\x01", "") +
+              record(dataSector, 0, "A.TXT;1", continuation()));
+    place(image, areaSector * sector, continuation());
+    return image;
+}
+
 std::string failureOf(const std::function<void()>& operation) {
     try {
         operation();

@@ -38,6 +38,9 @@ std::string archiveOf(const char* format, const char* filter, const std::vector<
 /// A xar whose table of contents is this XML.
 std::string xarOf(std::string_view xml);
 
+/// An ISO image whose one directory record continues in an area that continues in itself.
+std::string isoWithLoop();
+
 /// The sentence that the operation fails with; empty when it succeeds. Cancellation is "cancelled".
 std::string failureOf(const std::function<void()>& operation);
 

@@ -87,8 +87,9 @@ public:
         wasRoot_ = true;
     }
     ~OrdinaryUser() {
-        if (wasRoot_)
+        if (wasRoot_) {
             EXPECT_EQ(seteuid(0), 0);
+        }
     }
 
 private:

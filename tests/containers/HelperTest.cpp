@@ -88,13 +88,29 @@ TEST_F(HelperReader, ArchivesThatNeverEndAreStopped) {
                                    "<file id=\"1\"><name>a</name><type link=\"original\">file</type></file>"
                                    "<file id=\"2\"><name>b</name><type link=\"1\">hardlink</type>"
                                    "<type link=\"1\">hardlink</type></file></toc></xar>");
-    expireSoon();
-    EXPECT_EQ(failureOfListing(ring), tookTooLong);
-    clock_ = steadyNow;
-    const auto file = path("a.zip");
+    for (const auto& [label, bytes] : {std::pair{"xar", ring}, {"iso", isoWithLoop()}}) {
+        SCOPED_TRACE(label);
+        expireSoon();
+        EXPECT_EQ(failureOfListing(bytes), tookTooLong);
+        clock_ = steadyNow;
+        int polls = 0;
+        EXPECT_EQ(failureOf([&] {
+                      browser_->browse(path("a.zip"), std::nullopt, std::nullopt, [&] { return ++polls > 20; });
+                  }),
+                  "cancelled");
+    }
+}
+
+TEST_F(HelperReader, CancelledExtractionLeavesNothing) {
+    useLiar();
+    const auto listing = browse(write("a.zip", "extract slowly"));
     int polls = 0;
-    EXPECT_EQ(failureOf([&] { browser_->browse(file, std::nullopt, std::nullopt, [&] { return ++polls > 20; }); }),
+    EXPECT_EQ(failureOf([&] {
+                  browser_->open(text(listing, "token"), text(*entryNamed(listing, "a"), "id"),
+                                 [&] { return ++polls > 10; });
+              }),
               "cancelled");
+    EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
 }
 
 TEST_F(HelperReader, FilterProgramsAreNotStarted) {

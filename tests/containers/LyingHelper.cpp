@@ -80,6 +80,9 @@ int main(int, char** arguments) {
     else if (lie == "extract endless")
         for (say(header("a", 3));;)
             say(data("more"));
+    else if (lie == "extract slowly")
+        for (say(header("a", 3) + data("a"));; ::usleep(10'000))
+            say(plain(Kind::alive));
     else if (lie == "extract short")
         say(header("a", 3) + data("ab") + plain(Kind::dataEnd));
     else if (lie == "extract header again")
