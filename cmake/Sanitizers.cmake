@@ -5,3 +5,12 @@ if(QUILLMERE_SANITIZE)
         -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${QUILLMERE_SANITIZE})
 endif()
+
+# quillmere_without_sanitizers(TARGET): for a program that links nothing of ours and runs under limits that leave no room
+# for a sanitizer's memory.
+function(quillmere_without_sanitizers target)
+    if(QUILLMERE_SANITIZE)
+        target_compile_options(${target} PRIVATE -fno-sanitize=all)
+        target_link_options(${target} PRIVATE -fno-sanitize=all)
+    endif()
+endfunction()
