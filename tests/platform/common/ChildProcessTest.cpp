@@ -208,8 +208,10 @@ TEST_F(EndOfProgram, AskedToEnd) {
                 testing::KilledBySignal(SIGTERM), "");
 }
 TEST_F(EndOfProgram, AtOnceWhileAWorkerWaits) {
-    const tests::Sandbox sandbox; // the child program has one of its own
-    ::setenv("QUILLMERE_TEST_FOLDER", sandbox.url().path().c_str(), 0);
+    // Made by the first program only: the one that ends removes nothing of the test's.
+    std::optional<Sandbox> sandbox;
+    if (!::getenv("QUILLMERE_TEST_FOLDER"))
+        ::setenv("QUILLMERE_TEST_FOLDER", sandbox.emplace().url().path().c_str(), 1);
     const FileUrl folder(::getenv("QUILLMERE_TEST_FOLDER"));
     const auto end = [&] {
         const auto work = platform::TemporaryFolder::makeInside(folder);
