@@ -1,4 +1,3 @@
-#include "base/Text.h"
 #include "shell/Background.h"
 #include "shell/QuillmereDelegate.h"
 
@@ -11,6 +10,15 @@ ContainerOpenResult openItem(ContainerBrowser& browser, const std::string& token
     if (!id)
         throw ContainerError("Select an item to open.");
     return browser.open(token, *id, cancelled);
+}
+
+/// What the main thread needs of a result.
+using ContainerOutcome = std::variant<WrittenListing, OpenedFile>;
+
+ContainerOutcome outcomeOf(ContainerOpenResult result) {
+    if (auto* opened = std::get_if<OpenedFile>(&result))
+        return std::move(*opened);
+    return writeListing(std::get<JsonObject>(result));
 }
 
 } // namespace
@@ -31,31 +39,30 @@ void QuillmereDelegate::runContainerOperation(const std::string& name, const std
     runInBackground(
         *containerQueue_, platform_.executors.main(), weak_from_this(),
         [browser = containers(), operation = std::move(operation), cancelled] {
-            return operation(*browser, cancelled);
+            return outcomeOf(operation(*browser, cancelled));
         },
-        [ticket, cancelled, name, token](QuillmereDelegate& self, const Outcome<ContainerOpenResult>& outcome) {
+        [ticket, cancelled, name, token](QuillmereDelegate& self, const Outcome<ContainerOutcome>& outcome) {
             if (self.requestID_ != ticket || cancelled())
                 return;
             if (const auto* failure = std::get_if<Failure>(&outcome))
                 return self.sendError(ticket, name, failure->message);
-            const auto& result = std::get<ContainerOpenResult>(outcome);
+            const auto& result = std::get<ContainerOutcome>(outcome);
             if (const auto* opened = std::get_if<OpenedFile>(&result))
                 self.open(opened->file, token, opened->name, opened->identity);
             else
-                self.showListing(std::get<JsonObject>(result), name, ticket);
+                self.showListing(std::get<WrittenListing>(result), name, ticket);
         });
 }
 
-void QuillmereDelegate::showListing(const JsonObject& listing, const std::string& operationName, Ticket ticket) {
-    const auto token = stringField(listing, "token");
-    if (!token)
+void QuillmereDelegate::showListing(const WrittenListing& listing, const std::string& operationName, Ticket ticket) {
+    if (!listing.token)
         return;
-    currentContainerToken_ = token;
+    currentContainerToken_ = listing.token;
     showingContainer_ = true;
-    const std::string name = stringField(listing, "name").value_or(operationName);
+    const std::string name = listing.name.value_or(operationName);
     currentDisplayName_ = name;
     showInTitle(name, currentContainerRoot_);
-    send({{"type", "open"}, {"kind", "container"}, {"name", name}, {"container", listing}, {"requestId", ticket}});
+    send({{"type", "open"}, {"kind", "container"}, {"name", name}, {"requestId", ticket}}, &listing);
 }
 
 void QuillmereDelegate::containerAction(InboundType type, const JsonObject& body) {

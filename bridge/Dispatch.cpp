@@ -102,12 +102,14 @@ void QuillmereDelegate::openSample(const JsonObject& body) {
         open(resources_.appending("samples").appending(*file), std::nullopt, std::nullopt);
 }
 
-void QuillmereDelegate::send(JsonObject message) {
+void QuillmereDelegate::send(JsonObject message, const WrittenListing* container) {
     assertMainThread();
     addContainerToken(message, currentContainerToken_);
     if (!ready_)
         return;
-    if (const auto script = pageCall("receive", message))
+    const auto script =
+        container ? pageCall("receive", message, "container", *container) : pageCall("receive", message);
+    if (script)
         web_->web().evaluate(*script);
 }
 

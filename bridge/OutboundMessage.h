@@ -14,4 +14,18 @@ void addContainerToken(JsonObject& message, const std::optional<std::string>& to
 /// nothing when the value cannot be written. A page without that function ignores the call.
 std::optional<std::string> pageCall(const char* function, const JsonObject& value);
 
+/// A listing record as the page gets it, written beforehand: a large one is too much work for the main thread.
+struct WrittenListing {
+    std::optional<std::string> token; // as in the record
+    std::optional<std::string> name;
+    std::optional<std::string> json; // nothing when the record cannot be written
+};
+
+/// Any thread.
+WrittenListing writeListing(const JsonObject& listing);
+
+/// The same call with one more member, already written by `writeListing`.
+std::optional<std::string> pageCall(const char* function, const JsonObject& value, const std::string& key,
+                                    const WrittenListing& listing);
+
 } // namespace quillmere

@@ -4,6 +4,7 @@
 #include "appearance/BackgroundView.h"
 #include "bridge/ContainerGeneration.h"
 #include "bridge/InboundMessage.h"
+#include "bridge/OutboundMessage.h"
 #include "containers/ContainerBrowser.h"
 #include "files/LocalFiles.h"
 #include "lifecycle/AppLifecycleController.h"
@@ -82,7 +83,8 @@ private:
     void cancelPreview();
     void copyToClipboard(const JsonObject& body);
     void openSample(const JsonObject& body);
-    void send(JsonObject message);
+    /// Every message to the page; `container` becomes its member of that name.
+    void send(JsonObject message, const WrittenListing* container = nullptr);
     void sendError(Ticket ticket, const std::optional<std::string>& name, const std::string& text);
 
     // bridge/Documents.cpp
@@ -102,7 +104,7 @@ private:
     // bridge/ContainerOperations.cpp
     void runContainerOperation(const std::string& name, const std::optional<std::string>& token,
                                ContainerOperation operation);
-    void showListing(const JsonObject& listing, const std::string& operationName, Ticket ticket);
+    void showListing(const WrittenListing& listing, const std::string& operationName, Ticket ticket);
     void containerAction(InboundType type, const JsonObject& body);
 
     // appearance/DelegateAppearance.cpp
