@@ -10,14 +10,15 @@ namespace {
 constexpr double largestSide = 16'384;
 constexpr std::chrono::milliseconds saveDelay{400};
 
-void centerNow(GtkWindow* window) {
+/// False while the X window does not have its size yet.
+bool centerNow(GtkWindow* window) {
     GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window));
-    if (!GDK_IS_X11_SURFACE(surface))
-        return;
+    if (!surface || !GDK_IS_X11_SURFACE(surface))
+        return true;
     GdkDisplay* display = gdk_surface_get_display(surface);
     GdkMonitor* monitor = gdk_display_get_monitor_at_surface(display, surface);
     if (!monitor)
-        return;
+        return true;
     GdkRectangle area{};
     gdk_x11_monitor_get_workarea(monitor, &area);
     const int scale = gdk_surface_get_scale_factor(surface);
@@ -29,10 +30,32 @@ void centerNow(GtkWindow* window) {
     int x = 0, y = 0;
     unsigned width = 0, height = 0, border = 0, depth = 0;
     // The real size: shadows around the content count, so that the content stands in the middle.
-    if (XGetGeometry(connection, id, &root, &x, &y, &width, &height, &border, &depth))
+    const bool known = XGetGeometry(connection, id, &root, &x, &y, &width, &height, &border, &depth) != 0;
+    int least = 0;
+    gtk_widget_get_size_request(GTK_WIDGET(window), &least, nullptr);
+    const bool sized = !known || static_cast<int>(width) >= least * scale;
+    if (known && sized)
         XMoveWindow(connection, id, area.x * scale + (area.width * scale - static_cast<int>(width)) / 2,
                     area.y * scale + (area.height * scale - static_cast<int>(height)) / 2);
     gdk_x11_display_error_trap_pop_ignored(display);
+    return sized;
+}
+
+/// The server may give a mapped window its size a little later.
+struct Centering {
+    GObjectWeak<GtkWindow> window;
+    int attemptsLeft = 50;
+};
+
+constexpr unsigned retryMilliseconds = 15;
+
+gboolean retryCentering(gpointer data) {
+    return guarded(gboolean{G_SOURCE_REMOVE}, [&] {
+        auto& centering = *static_cast<Centering*>(data);
+        const auto window = centering.window.lock();
+        const bool again = window && !centerNow(window.get()) && --centering.attemptsLeft > 0;
+        return again ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
+    });
 }
 
 } // namespace
@@ -83,7 +106,14 @@ void SizeMemory::save() {
 }
 
 void centerWhenMapped(GtkWindow* window) {
-    connectForLife(window, "map", [](GtkWindow* mapped) { centerNow(mapped); });
+    connectForLife(window, "map", [](GtkWindow* mapped) {
+        if (centerNow(mapped))
+            return;
+        auto centering = std::make_unique<Centering>();
+        centering->window.set(mapped);
+        g_timeout_add_full(G_PRIORITY_DEFAULT, retryMilliseconds, retryCentering, centering.release(),
+                           [](gpointer data) { delete static_cast<Centering*>(data); });
+    });
 }
 
 } // namespace quillmere::platform::gtk
