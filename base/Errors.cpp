@@ -14,7 +14,8 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string sentence(const std::error_code& code, const std::string& path) {
-    const std::string item = path.empty() ? "The item" : "“" + displayText(FileUrl(fs::path(path)).lastPathComponent()) + "”";
+    const std::string item =
+        path.empty() ? "The item" : "“" + displayText(FileUrl(fs::path(path)).lastPathComponent()) + "”";
     if (code.category() != std::generic_category() && code.category() != std::system_category())
         return item + " could not be used.";
     switch (code.value()) {

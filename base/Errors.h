@@ -26,8 +26,8 @@ public:
     const char* what() const noexcept override { return "cancelled"; }
 };
 
-/// The sentence that the user reads for any error: the error's own, or for a failure of the file system a plain one that
-/// names the file. Empty for a cancellation.
+/// The sentence that the user reads for any error: the error's own, or for a failure of the file system a plain one
+/// that names the file. Empty for a cancellation.
 std::string userMessage(const std::exception& error);
 
 /// A failed system call on a file, to be thrown: `errno` value and the file's path (any bytes).

@@ -15,8 +15,8 @@ bool isValidUtf8(std::string_view text);
 /// The text with every invalid UTF-8 sequence replaced by U+FFFD: for names that must be shown.
 std::string displayText(std::string_view bytes);
 
-/// Percent-encoding of a URL path (RFC 3986): ASCII letters, digits and -._~!$&'()*+,=:@/ stay; every other byte becomes
-/// a percent sign and two upper-case hexadecimal digits.
+/// Percent-encoding of a URL path (RFC 3986): ASCII letters, digits and -._~!$&'()*+,=:@/ stay; every other byte
+/// becomes a percent sign and two upper-case hexadecimal digits.
 std::string percentEncodePath(std::string_view bytes);
 /// Undoes percent-encoding; nothing when an escape is not two hexadecimal digits.
 std::optional<std::string> percentDecode(std::string_view text);

@@ -10,8 +10,8 @@ enum class ImageOutcome { written, unreadable, writeFailed };
 class ImageCodec {
 public:
     virtual ~ImageCodec() = default;
-    /// Decodes the first image of `source`, turns it upright, scales its longer side down to at most `maxSide` pixels and
-    /// writes it to `output` as PNG. A result that is not `written` leaves nothing at `output`.
+    /// Decodes the first image of `source`, turns it upright, scales its longer side down to at most `maxSide` pixels
+    /// and writes it to `output` as PNG. A result that is not `written` leaves nothing at `output`.
     virtual ImageOutcome writeThumbnail(const FileUrl& source, const FileUrl& output, int maxSide) = 0;
 };
 

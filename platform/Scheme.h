@@ -13,8 +13,8 @@ namespace quillmere::platform {
 
 struct SchemeRequest {
     std::optional<std::string> url;
-    std::string method;                // "GET", "HEAD", ...
-    std::optional<std::string> range;  // the "Range" header, exactly as it came
+    std::string method;               // "GET", "HEAD", ...
+    std::optional<std::string> range; // the "Range" header, exactly as it came
 };
 
 struct SchemeResponse {
@@ -29,8 +29,8 @@ struct Chunk {
     size_t size = 0;
 };
 
-/// One request of the page for an address of the private scheme. Except for `awaitCapacity`, main thread only, and never
-/// after the handler was told to stop it. Its identity is its address.
+/// One request of the page for an address of the private scheme. Except for `awaitCapacity`, main thread only, and
+/// never after the handler was told to stop it. Its identity is its address.
 class SchemeTask {
 public:
     virtual ~SchemeTask() = default;

@@ -37,11 +37,11 @@ public:
 };
 
 struct WebViewConfiguration {
-    std::string scheme;                    // the private scheme
-    std::string host;                      // its one host
+    std::string scheme;                     // the private scheme
+    std::string host;                       // its one host
     SchemeHandler* schemeHandler = nullptr; // outlives the view
-    std::string messageHandler;            // name under which the page posts messages
-    std::optional<std::string> userScript; // injected at document start into the main frame
+    std::string messageHandler;             // name under which the page posts messages
+    std::optional<std::string> userScript;  // injected at document start into the main frame
     bool javaScriptCanOpenWindows = false;
     bool mediaPlaybackNeedsUserAction = false;
 };

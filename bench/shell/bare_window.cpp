@@ -1,5 +1,6 @@
-// A bare GTK 4 window around a WebKitGTK view: `bare_window ADDRESS [FOLDER]`. Window, view, present, load, in the plain
-// order. With a folder it serves the private scheme from it the simplest way. The page's titles go to standard output.
+// A bare GTK 4 window around a WebKitGTK view: `bare_window ADDRESS [FOLDER]`. Window, view, present, load, in the
+// plain order. With a folder it serves the private scheme from it the simplest way. The page's titles go to standard
+// output.
 
 #include <cstdio>
 #include <string>

@@ -31,7 +31,7 @@ std::string execArgument(const std::string& argument) {
 
 std::optional<std::string> desktopEntry(const FileUrl& program, const std::vector<std::string>& mimeTypes) {
     const auto isControl = [](char character) { return static_cast<unsigned char>(character) < 0x20; };
-    // The specification forbids "=" in a program's name.
+    // The Desktop Entry format forbids "=" in a program's name.
     if (!isValidUtf8(program.path()) || std::ranges::any_of(program.path(), isControl) ||
         program.path().find('=') != std::string::npos)
         return std::nullopt;

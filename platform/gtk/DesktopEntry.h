@@ -8,7 +8,7 @@
 
 namespace quillmere::platform::gtk {
 
-/// The text of the program's desktop entry (Desktop Entry Specification 1.5) for these MIME types; nothing for a
+/// The text of the program's desktop entry (freedesktop.org Desktop Entry 1.5) for these MIME types; nothing for a
 /// program whose path an entry cannot name.
 std::optional<std::string> desktopEntry(const FileUrl& program, const std::vector<std::string>& mimeTypes);
 
