@@ -38,7 +38,8 @@ def office(path, words="A quiet lake"):
     profile = path.parent / "profile"
     tool("soffice", f"-env:UserInstallation={profile.as_uri()}", "--headless", "--convert-to", path.suffix[1:],
          "--outdir", path.parent, source)
-    source.rename(path) if not path.exists() else source.unlink()
+    source.with_suffix(path.suffix).rename(path)
+    source.unlink()
 
 
 def archive(path, entries):
