@@ -44,11 +44,11 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
             .log = writeLog};
 }
 
-int runApplication(std::vector<std::string> arguments) {
+[[noreturn]] void runApplication(std::vector<std::string> arguments) {
     platform::gtk::prepareMediaEnvironment();
     const auto role = platform::gtk::claimInstance(arguments);
     if (role == platform::gtk::InstanceRole::handedOver)
-        return EXIT_SUCCESS;
+        platform::endProgram(EXIT_SUCCESS); // a thread of the hand-over may still be at work
     platform::gtk::DesktopPlatform desktop(std::move(arguments), role);
     const auto system = desktop.seam();
     const auto delegate = QuillmereDelegate::make(system, partsOf(system, desktop.confinement()));
@@ -66,7 +66,9 @@ int main(int argc, char** argv) {
     std::vector<std::string> arguments(argv, argv + argc);
     try {
         const bool checksItself = std::ranges::find(arguments, "--self-test") != arguments.end();
-        return checksItself ? selfTest() : runApplication(std::move(arguments));
+        if (checksItself)
+            return selfTest();
+        runApplication(std::move(arguments));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "Quillmere could not start: %s\n", error.what());
         return EXIT_FAILURE;
