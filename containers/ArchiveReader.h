@@ -2,6 +2,7 @@
 
 #include "base/Errors.h"
 #include "base/FileDescriptor.h"
+#include "base/FileUrl.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -65,5 +66,8 @@ using ArchiveReaderFactory = std::function<std::unique_ptr<ArchiveReader>(Archiv
 
 /// The user-facing error for the reader's last failure.
 ContainerError archiveFailure(const ArchiveReader& reader);
+
+/// The archive at a path that had no link in it when it was checked. Throws ContainerError.
+FileDescriptor openArchive(const FileUrl& archive);
 
 } // namespace quillmere

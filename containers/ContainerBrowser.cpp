@@ -41,7 +41,7 @@ std::vector<const Node*> nodesIn(const Session& session, const std::string& path
 
 /// The archive that was checked, open for reading.
 ArchiveSource openChecked(const FileUrl& url, const FileIdentity& checked) {
-    FileDescriptor file = fileFacts::openWithoutLinks(url, fileFacts::Handle::contents);
+    FileDescriptor file = openArchive(url);
     const auto status = fileFacts::statusOf(file, url);
     if (fileFacts::identity(status) != checked)
         throw ContainerError(messages::archiveChanged);

@@ -7,9 +7,7 @@
 #include "containers/FileFacts.h"
 
 #include <array>
-#include <filesystem>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace quillmere {
@@ -52,18 +50,11 @@ void requireUnchanged(const Session& session) {
 }
 
 ArchiveSource openUnchanged(const Session& session) {
-    try {
-        FileDescriptor file = fileFacts::openWithoutLinks(session.source, fileFacts::Handle::contents);
-        const auto status = fileFacts::statusOf(file, session.source);
-        if (!S_ISREG(status.st_mode) || fileFacts::fingerprint(status) != session.fingerprint)
-            throw ContainerError(messages::archiveChanged);
-        return {.file = std::move(file), .size = status.st_size};
-    } catch (const std::filesystem::filesystem_error& error) {
-        // The path had no link in it when the session was opened.
-        if (error.code() == std::errc::too_many_symbolic_link_levels)
-            throw ContainerError(messages::archiveChanged);
-        throw;
-    }
+    FileDescriptor file = openArchive(session.source);
+    const auto status = fileFacts::statusOf(file, session.source);
+    if (!S_ISREG(status.st_mode) || fileFacts::fingerprint(status) != session.fingerprint)
+        throw ContainerError(messages::archiveChanged);
+    return {.file = std::move(file), .size = status.st_size};
 }
 
 FileUrl extractEntry(Session& session, const Node& node, const PreviewCache& cache, const ArchiveReaderFactory& readers,
