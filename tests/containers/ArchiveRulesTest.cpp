@@ -1,3 +1,4 @@
+#include "containers/ArchiveScan.h"
 #include "containers/ContainerMessages.h"
 #include "containers/LibarchiveReader.h"
 #include "tests/containers/Fixtures.h"
@@ -210,17 +211,27 @@ TEST_F(ArchiveRules, SingleCompressedFileIsOneEntry) {
 }
 
 TEST_F(ArchiveRules, DamagedFilesUnderEveryExtensionFailWithASentence) {
-    const std::string sources[] = {zipOf({{.name = "a", .data = std::string(900, 'a')}}),
-                                   archiveOf("7zip", "none", {{.name = "a", .data = std::string(900, 'a')}}),
-                                   archiveOf("pax", "gzip", {{.name = "a", .data = std::string(900, 'a')}})};
-    for (const char* extension : {"zip", "7z", "rar", "tar", "gz", "bz2", "xz", "cab", "cpio", "iso", "cbr", "jar"})
-        for (const auto& source : sources)
+    const std::string whole[] = {zipOf({{.name = "a", .data = std::string(900, 'a')}}),
+                                 archiveOf("7zip", "none", {{.name = "a", .data = std::string(900, 'a')}}),
+                                 archiveOf("pax", "gzip", {{.name = "a", .data = std::string(900, 'a')}}),
+                                 archiveOf("pax", "xz", {{.name = "a", .data = std::string(900, 'a')}})};
+    for (const char* extension : {"zip", "7z",   "rar", "tar", "gz",   "gzip", "bz2",  "bzip2", "xz",  "tgz",
+                                  "tbz", "tbz2", "txz", "cab", "cpio", "iso",  "cbz",  "cbr",   "cb7", "cbt",
+                                  "jar", "war",  "ear", "apk", "ipa",  "xpi",  "vsix", "nupkg", "whl"}) {
+        SCOPED_TRACE(extension);
+        const auto file = std::string("a.") + extension;
+        useReaders(LibarchiveReader::factory());
+        for (const auto& source : whole)
             for (size_t cut = 40; cut < source.size(); cut += source.size() / 3) {
-                const auto file = write(std::string("a.") + extension, source.substr(0, cut));
-                const auto failure = failureOf([&] { browse(file); });
+                const auto failure = failureOf([&, length = cut] { browse(write(file, source.substr(0, length))); });
                 EXPECT_TRUE(failure.empty() || failure.starts_with(readFailurePrefix) || failure == unknownSize)
-                    << extension << ": " << failure;
+                    << failure;
             }
+        useReaders(helper());
+        const bool isRaw = rawFormatOf(path(file)) == RawFormat::accepted;
+        EXPECT_THAT(failureOf([&] { browse(write(file, std::string(3'000, 'g'))); }),
+                    StartsWith(isRaw ? "" : readFailurePrefix));
+    }
 }
 
 } // namespace

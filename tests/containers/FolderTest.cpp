@@ -101,8 +101,10 @@ private:
 TEST_F(Folders, UnreadableEntryIsBlocked) {
     makeFolder("dir/sub");
     write("dir/sub/file", "x");
+    fs::permissions(write("dir/locked.zip", zipOf({})).filesystemPath(), fs::perms::none);
     const OrdinaryUser user(folder_);
     const auto root = browse(path("dir"));
+    EXPECT_THAT(failureOf([&] { open(root, "locked.zip"); }), ::testing::StartsWith(readFailurePrefix));
     fs::permissions(path("dir/sub").filesystemPath(), fs::perms::owner_read);
     const auto sub = enter(root, "sub");
     EXPECT_EQ(text(*entryNamed(sub, "file"), "blockedReason"), blockedUnavailable);
@@ -137,6 +139,21 @@ TEST_F(Folders, IdsLiveWhileTheirFolderIsTheOneListed) {
     enter(again, "b");
     const auto back = browser_->up(text(a, "token"), never_);
     EXPECT_NE(text(*entryNamed(back, "b"), "id"), text(*entryNamed(a, "b"), "id"));
+}
+
+TEST_F(Folders, NamesThatOnlyLookAlikeAreDifferentEntries) {
+    const std::vector<std::string> names{"\xC3\xA4.txt", "a\xCC\x88.txt", "\xC3\x84.txt", "b.TXT", "B.txt"};
+    makeFolder("dir");
+    std::vector<TarMember> members;
+    for (const auto& name : names) {
+        write("dir/" + name, name);
+        members.push_back({.name = name, .data = name});
+    }
+    for (const auto& listing : {browse(path("dir")), browse(write("a.tar", tarOf(members)))}) {
+        EXPECT_THAT(namesOf(listing), ::testing::UnorderedElementsAreArray(names));
+        for (const auto& name : names)
+            EXPECT_EQ(contentsOf(document(listing, name).file), name);
+    }
 }
 
 TEST_F(Folders, ReplacedItemsAreNotServed) {

@@ -1,9 +1,11 @@
 #include "containers/ContainerMessages.h"
 #include "tests/containers/Fixtures.h"
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace quillmere::testing {
@@ -152,6 +154,37 @@ TEST_F(Opening, ArchiveThatShrankUnseenHasNoEntry) {
     EXPECT_EQ(failureOf([&] { open(listing, "b"); }), entryGone);
 }
 
+TEST_F(Opening, ArchiveThatChangesMeanwhileIsNotServed) {
+    const auto bytes = zipOf({{.name = "a", .data = std::string(200'000, 'a')}});
+    const auto file = path("a.zip").filesystemPath();
+    const struct {
+        const char* label;
+        std::function<void()> change;
+        std::string failure;
+    } changes[] = {{"shrinks", [&] { fs::resize_file(file, 100'000); }, archiveChanged},
+                   {"vanishes", [&] { fs::remove(file); }, "“a.zip” no longer exists."},
+                   {"becomes a link",
+                    [&] { fs::rename(file, file.native() + "2"), fs::create_symlink("a.zip2", file); },
+                    archiveChanged}};
+    for (const auto& [label, change, failure] : changes) {
+        SCOPED_TRACE(label);
+        const auto browsed = [&] {
+            fs::remove(file);
+            return browse(write("a.zip", bytes));
+        };
+        useReaders(helper());
+        const auto listing = browsed();
+        change();
+        EXPECT_EQ(failureOf([&] { open(listing, "a"); }), failure);
+        // The same while the entry is being read.
+        changeFacts(true, [&act = change](EntryFacts&) { act(); });
+        const auto again = browsed();
+        const auto late = failureOf([&] { open(again, "a"); });
+        EXPECT_TRUE(late == failure || late.starts_with(readFailurePrefix)) << late;
+        EXPECT_TRUE(fs::is_empty(sessionCache(again).filesystemPath()));
+    }
+}
+
 TEST_F(Opening, DamagedDataFailsAndLeavesNothing) {
     std::string bytes = archiveOf("zip", "none", {{.name = "a", .data = std::string(50'000, 'a')}});
     bytes.replace(60, 4, "\xff\xff\xff\xff");
@@ -172,6 +205,34 @@ TEST_F(Opening, CacheThatCannotBeWrittenIsReported) {
     const auto& id = text(*entryNamed(listing, "a"), "id");
     makeFolder("cache/ContainerPreviews/" + text(listing, "token") + "/" + id + "/a");
     EXPECT_EQ(failureOf([&] { open(listing, "a"); }), cacheNotCreated);
+}
+
+/// No file may grow beyond this, as on a disk that is full then.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before_), 0);
+        const rlimit lower{.rlim_cur = bytes, .rlim_max = before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &lower), 0);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, handler_);
+    }
+
+private:
+    rlimit before_{};
+    void (*handler_)(int);
+};
+
+TEST_F(Opening, EntryThatCannotBeWrittenLeavesNothing) {
+    const auto listing = browse(write("a.zip", zipOf({{.name = "a", .data = std::string(300'000, 'a')}})));
+    {
+        const FileSizeLimit limit(100'000);
+        EXPECT_EQ(failureOf([&] { open(listing, "a"); }), "“a” is too large.");
+    }
+    EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
+    EXPECT_EQ(contentsOf(document(listing, "a").file).size(), 300'000U);
 }
 
 TEST_F(Opening, UnknownIdsAndTokens) {
