@@ -7,6 +7,10 @@ namespace quillmere::platform::gtk {
 
 namespace {
 
+// The web view sends the page one message per read. A message of up to 4 KiB, headers included, goes through the socket
+// as it is; for a larger one the engine makes, maps and unmaps shared memory, which costs several times the copy.
+constexpr size_t readLimit = 4096 - 128;
+
 // The stream object. A stream has one read under way at most, so it also stands for the result of that read: a chunk of
 // 256 KiB is taken in dozens of reads, and this way none of them allocates.
 struct StreamObject {
@@ -165,7 +169,7 @@ gssize SchemeStream::endRead(GError** error) {
 gssize SchemeStream::take(const Read& read) {
     if (!chunk_.bytes)
         return end_ == End::finished ? 0 : -1;
-    const size_t count = std::min(read.count, chunk_.size - taken_);
+    const size_t count = std::min({read.count, readLimit, chunk_.size - taken_});
     std::memcpy(read.buffer, chunk_.bytes.get() + taken_, count);
     taken_ += count;
     flow_->sent(count);
