@@ -8,13 +8,29 @@ namespace quillmere::platform::gtk {
 
 namespace {
 
-/// Without a graphics device the toolkit would imitate one in software, which is slower than drawing without any.
-void chooseRenderer() {
+bool hasGraphicsDevice() {
     std::error_code ignored;
     for (const auto& device : std::filesystem::directory_iterator("/dev/dri", ignored))
         if (device.path().filename().string().starts_with("renderD"))
-            return;
+            return true;
+    return false;
+}
+
+/// Without a graphics device toolkit and engine would imitate one in software, which is slower than drawing without
+/// any.
+void chooseRenderer() {
+    if (hasGraphicsDevice())
+        return;
     ::setenv("GSK_RENDERER", "cairo", 0);
+    ::setenv("WEBKIT_SKIA_ENABLE_CPU_RENDERING", "1", 0);
+}
+
+/// The graphics library keeps compiled shaders in this folder. The engine lets its confined processes have it only when
+/// it is already there; otherwise the first picture of every run waits for a compiler.
+void keepShaderCache() {
+    std::error_code ignored;
+    const auto folder = std::filesystem::path(g_get_user_cache_dir()) / "mesa_shader_cache";
+    std::filesystem::create_directories(folder, ignored);
 }
 
 FileUrl resourcesOf(const Bundle& bundle) {
@@ -33,6 +49,7 @@ FileUrl defaultsFileOf(const Directories& directories) {
 
 std::vector<std::string> prepared(std::vector<std::string> arguments) {
     chooseRenderer();
+    keepShaderCache();
     return arguments;
 }
 
