@@ -20,7 +20,10 @@ namespace {
 class Tree {
 public:
     Tree(Session& session, int64_t archiveBytes)
-        : session_(session), budget_(limits::expansionFactor * std::max(archiveBytes, limits::expansionFloor)) {}
+        : session_(session), budget_(limits::expansionFactor * std::max(archiveBytes, limits::expansionFloor)) {
+        session_.nodes.reserve(limits::nodes);
+        session_.byID.reserve(limits::nodes);
+    }
 
     void add(const EntryFacts& facts, std::string path, int64_t ordinal) {
         Node& node = session_.nodes[path];
@@ -37,17 +40,14 @@ public:
         const bool isImplied = !node.id.empty();
         if (isImplied && !isDirectory)
             throw ContainerError(messages::conflictingPaths);
-        Node entry{.id = isImplied ? std::move(node.id) : newUuid(),
-                   .path = path,
-                   .name = std::string(lastOfPath(path)),
-                   .directory = isDirectory,
-                   .size = size,
-                   .modified = static_cast<double>(facts.modified) * 1000,
-                   .blocked = blockedReason(facts, size),
-                   .ordinal = ordinal};
-        node = std::move(entry);
-        session_.byID[node.id] = path;
-        implyParents(path);
+        if (!isImplied)
+            place(node, std::move(path));
+        node.directory = isDirectory;
+        node.size = size;
+        node.modified = static_cast<double>(facts.modified) * 1000;
+        node.blocked = blockedReason(facts, size);
+        node.ordinal = ordinal;
+        implyParents(node.path);
         if (session_.nodes.size() > limits::nodes)
             throw ContainerError(messages::tooManyFolders);
     }
@@ -75,25 +75,35 @@ private:
         return size > limits::entryBytes ? messages::blockedTooLarge : nullptr;
     }
 
+    /// Gives a new node its id and its place.
+    void place(Node& node, std::string path) {
+        node.id = newUuid();
+        node.path = std::move(path);
+        node.name = lastOfPath(node.path);
+        session_.byID.emplace(node.id, &node);
+    }
+
     void implyParents(std::string_view path) {
-        for (auto parent = parentOfPath(path); !parent.empty(); parent = parentOfPath(parent)) {
-            const auto [place, isNew] = session_.nodes.try_emplace(std::string(parent));
-            Node& folder = place->second;
+        const auto nearest = parentOfPath(path);
+        if (nearest == knownFolder_)
+            return; // as for most entries, which follow their neighbours
+        for (auto parent = nearest; !parent.empty(); parent = parentOfPath(parent)) {
+            const auto [found, isNew] = session_.nodes.try_emplace(std::string(parent));
+            Node& folder = found->second;
             if (!isNew && !folder.directory)
                 throw ContainerError(messages::crossesFilePath);
             if (!isNew)
-                return; // its own parents are there already
-            folder = {.id = newUuid(),
-                      .path = std::string(parent),
-                      .name = std::string(lastOfPath(parent)),
-                      .directory = true};
-            session_.byID[folder.id] = folder.path;
+                break; // its own parents are there already
+            place(folder, found->first);
+            folder.directory = true;
         }
+        knownFolder_ = nearest;
     }
 
     Session& session_;
     const int64_t budget_;
     int64_t total_ = 0;
+    std::string knownFolder_; ///< a folder with all its parents
 };
 
 } // namespace

@@ -117,11 +117,10 @@ ContainerOpenResult ContainerBrowser::open(const std::string& token, const std::
                                            const CancellationTest& cancelled) {
     const std::lock_guard hold(lock_);
     const auto current = session(token);
-    const auto path = current->byID.find(id);
-    const auto found = path == current->byID.end() ? current->nodes.end() : current->nodes.find(path->second);
-    if (found == current->nodes.end())
+    const auto found = current->byID.find(id);
+    if (found == current->byID.end())
         throw ContainerError(messages::itemGone);
-    const Node node = found->second;
+    const Node node = *found->second;
     if (node.blocked)
         throw ContainerError(node.blocked);
     if (node.directory)

@@ -55,14 +55,14 @@ std::vector<std::string> namesIn(DIR* folder, const FileUrl& root) {
 void describe(Node& node, int folder, const std::string& name) {
     struct statx status{};
     constexpr unsigned wanted = STATX_TYPE | STATX_SIZE | STATX_MTIME;
-    if (::statx(folder, name.c_str(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, wanted, &status) != 0) {
-        node.blocked = messages::blockedUnavailable;
-        return;
-    }
+    const bool isKnown = ::statx(folder, name.c_str(), AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, wanted, &status) == 0;
+    node.blocked = isKnown ? nullptr : messages::blockedUnavailable;
     node.directory = S_ISDIR(status.stx_mode);
     node.size = node.directory ? 0 : static_cast<int64_t>(status.stx_size);
     node.modified =
         static_cast<double>(status.stx_mtime.tv_sec) * 1000 + static_cast<double>(status.stx_mtime.tv_nsec) / 1'000'000;
+    if (!isKnown)
+        return; // nothing was filled in
     if (S_ISLNK(status.stx_mode))
         node.blocked = messages::blockedLink;
     else if (!node.directory && !S_ISREG(status.stx_mode))
@@ -81,10 +81,10 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
         watch.check();
         std::string relative = path.empty() ? name : path + "/" + name;
         Node& node = session.nodes[relative];
-        Node fresh{.id = node.id.empty() ? newUuid() : std::move(node.id), .path = relative, .name = displayText(name)};
-        describe(fresh, ::dirfd(folder.get()), name);
-        node = std::move(fresh);
-        session.byID[node.id] = relative;
+        if (node.id.empty())
+            node = {.id = newUuid(), .path = relative, .name = displayText(name)};
+        describe(node, ::dirfd(folder.get()), name);
+        session.byID.emplace(node.id, &node);
         paths.push_back(std::move(relative));
     }
 
@@ -95,7 +95,7 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
     listed.reserve(paths.size());
     for (const auto& relative : paths) {
         const auto known = kept.insert(session.nodes.extract(relative)).position;
-        session.byID[known->second.id] = relative;
+        session.byID.emplace(known->second.id, &known->second);
         listed.push_back(&known->second);
     }
     session.nodes = std::move(kept);

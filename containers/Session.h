@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 namespace quillmere {
@@ -32,7 +33,7 @@ struct Session {
 
     std::string current{}; ///< path of the folder listed last
     std::unordered_map<std::string, Node> nodes{};
-    std::unordered_map<std::string, std::string> byID{};
+    std::unordered_map<std::string_view, const Node*> byID{}; ///< of `nodes`, which own the ids
     std::unordered_map<std::string, FileUrl> extracted{};
 };
 
