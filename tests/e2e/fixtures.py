@@ -1,7 +1,9 @@
 """Small files of every family, made on the spot by the tools that the tests have anyway."""
 
+import struct
 import subprocess
 import zipfile
+import zlib
 from pathlib import Path
 
 
@@ -50,3 +52,11 @@ def archive(path, entries):
 
 def text(path, content="The lake was still.\nSecond line.\n"):
     Path(path).write_text(content)
+
+
+def endless_archive(path):
+    """A xar whose second file is linked twice to the first, a ring that its reader never leaves."""
+    table = (b'<?xml version="1.0"?><xar><toc><file id="1"><name>a</name><type link="original">file</type></file>'
+             b'<file id="2"><name>b</name><type link="1">hardlink</type><type link="1">hardlink</type></file></toc></xar>')
+    packed = zlib.compress(table)
+    Path(path).write_bytes(b"xar!" + struct.pack(">HHQQI", 28, 1, len(packed), len(table), 0) + packed)

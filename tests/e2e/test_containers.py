@@ -5,7 +5,7 @@ import unittest
 import zipfile
 
 import fixtures
-from harness import EndToEnd
+from harness import children, EndToEnd, output, until
 
 
 class Containers(EndToEnd):
@@ -55,6 +55,24 @@ class Containers(EndToEnd):
         self.assertEqual(listing["entries"][2]["blockedReason"], "Symbolic links are not opened from the folder browser.")
         self.assertEqual((listing["kind"], listing["parentId"]), ("folder", None))
         self.assertEqual(report["last"]["containerToken"], listing["token"])
+
+    def readers(self, program):
+        return [p for p in children(program.process.pid) if "quillmere-archive-reader" in output("ps", "-o", "args=", "-p", str(p))]
+
+    def test_an_archive_that_never_ends_is_stopped(self):
+        fixtures.endless_archive(self.files / "ring.zip")
+        program = self.program(self.files / "ring.zip")
+        program.wait_window()
+        program.wait_title("^busy")
+        until("the reader", lambda: self.readers(program))
+        program.keys("Escape")
+        program.wait_title("^error Preview cancelled", patience=10)
+        until("the reader's end", lambda: not self.readers(program), patience=5)
+
+        program = self.program(self.files / "ring.zip")
+        program.wait_window()
+        program.wait_title(r"^error This archive took too long to read\. The operation was stopped\.$")
+        self.assertEqual(self.readers(program), [])
 
     def test_archives_that_cannot_be_browsed(self):
         (self.files / "garbage.zip").write_bytes(b"no archive at all" * 100)
