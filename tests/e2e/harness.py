@@ -37,6 +37,13 @@ def output(*command, env=None):
     return done.stdout if done.returncode == 0 else ""
 
 
+def link_or_copy(source, destination):
+    try:
+        os.link(source, destination)
+    except OSError:  # another file system
+        shutil.copy2(source, destination)
+
+
 def children(pid):
     """All living descendants of a process, zombies left out."""
     found = []
@@ -101,7 +108,7 @@ class Program:
         if page is None:
             return BUNDLE
         copy = self.folder / "Quillmere.app"
-        shutil.copytree(BUNDLE, copy, copy_function=os.link, ignore=lambda at, names: (
+        shutil.copytree(BUNDLE, copy, copy_function=link_or_copy, ignore=lambda at, names: (
             ["app"] if Path(at).name == "Resources" else []))
         shutil.copytree(PAGES / page, copy / "Contents/Resources/app")
         for name, size in sparse.items():
@@ -204,7 +211,7 @@ class EndToEnd(unittest.TestCase):
         if self.running:
             self.running.close()
         else:
-            self.addCleanup(lambda: self.running.close())
+            self.addCleanup(lambda: self.running and self.running.close())
         self.running = Program(self.display, *arguments, **options)
         return self.running
 
