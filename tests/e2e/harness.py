@@ -124,7 +124,7 @@ class Program:
     def find_window(self):
         if self.process.poll() is not None:
             raise AssertionError(f"the program ended with {self.process.returncode}:\n{self.log.read_text(errors='replace')}")
-        for line in self.tool("xwininfo", "-root", "-tree").splitlines():
+        for line in self.tool("xwininfo", "-root", "-tree").split("\n"):
             found = re.match(r'\s*(0x[0-9a-f]+) ".*Quillmere": \("', line)
             if found:
                 properties = self.tool("xprop", "-id", found.group(1), "_QUILLMERE_PAGE_TITLE", "_NET_WM_PID")
