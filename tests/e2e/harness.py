@@ -124,12 +124,11 @@ class Program:
     def find_window(self):
         if self.process.poll() is not None:
             raise AssertionError(f"the program ended with {self.process.returncode}:\n{self.log.read_text(errors='replace')}")
-        for line in self.tool("xwininfo", "-root", "-tree").split("\n"):
-            found = re.match(r'\s*(0x[0-9a-f]+) ".*Quillmere": \("', line)
-            if found:
-                properties = self.tool("xprop", "-id", found.group(1), "_QUILLMERE_PAGE_TITLE", "_NET_WM_PID")
-                if "= \"" in properties and re.search(rf"= {self.process.pid}\b", properties):
-                    return found.group(1)
+        # By class: a title may hold anything that a file name may.
+        for window in self.tool("xdotool", "search", "--class", "quillmere").split():
+            properties = self.tool("xprop", "-id", window, "_QUILLMERE_PAGE_TITLE", "_NET_WM_PID")
+            if '= "' in properties and re.search(rf"= {self.process.pid}\b", properties):
+                return hex(int(window))
         return None
 
     def wait_window(self):
