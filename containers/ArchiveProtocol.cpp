@@ -1,7 +1,9 @@
 #include "containers/ArchiveProtocol.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <sys/socket.h>
 
 namespace quillmere::archiveProtocol {
 
@@ -66,6 +68,13 @@ private:
     bool good_ = true;
 };
 
+/// Takes over a text, into the room that is there already.
+void assign(std::optional<std::string>& text, std::string_view value) {
+    if (!text)
+        text.emplace();
+    text->assign(value);
+}
+
 bool readHeader(std::string_view bytes, EntryFacts& facts) {
     Body body(bytes);
     const unsigned flags = body.take<uint8_t>();
@@ -76,7 +85,10 @@ bool readHeader(std::string_view bytes, EntryFacts& facts) {
     const std::string_view name = body.rest();
     if (!body.good() || (flags & ~allFlags) != 0 || (!(flags & hasName) && !name.empty()))
         return false;
-    facts.name = flags & hasName ? std::optional<std::string>(name) : std::nullopt;
+    if (flags & hasName)
+        assign(facts.name, name);
+    else
+        facts.name.reset();
     facts.size = flags & hasSize ? std::optional<int64_t>(size) : std::nullopt;
     facts.encrypted = (flags & isEncrypted) != 0;
     facts.symbolicLink = (flags & isSymbolicLink) != 0;
@@ -93,6 +105,29 @@ bool readFailure(std::string_view bytes, std::optional<std::string>& text) {
     text = present ? std::optional<std::string>(words) : std::nullopt;
     return true;
 }
+
+/// The request without its descriptor.
+struct RequestBody {
+    int64_t only = 0; ///< 0 stands for all entries
+    int64_t raw = 0;
+};
+
+/// Room for the message and its one descriptor.
+struct RequestMessage {
+    RequestBody body{};
+    iovec part{.iov_base = &body, .iov_len = sizeof body};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))] = {};
+    msghdr head{};
+
+    RequestMessage() {
+        head.msg_iov = &part;
+        head.msg_iovlen = 1;
+        head.msg_control = control;
+        head.msg_controllen = sizeof control;
+    }
+    RequestMessage(const RequestMessage&) = delete;
+    RequestMessage& operator=(const RequestMessage&) = delete;
+};
 
 constexpr size_t headerFixedBytes = 1 + sizeof(uint32_t) + 2 * sizeof(int64_t) + 1;
 
@@ -149,6 +184,43 @@ void appendData(std::string& out, std::string_view bytes) {
 
 void appendPlain(std::string& out, Kind kind) {
     begin(out, kind, 0);
+}
+
+bool sendRequest(int socket, const ArchiveRequest& request) {
+    RequestMessage message;
+    message.body = {.only = request.only.value_or(0), .raw = request.raw == RawFormat::accepted ? 1 : 0};
+    cmsghdr* passing = CMSG_FIRSTHDR(&message.head);
+    passing->cmsg_level = SOL_SOCKET;
+    passing->cmsg_type = SCM_RIGHTS;
+    passing->cmsg_len = CMSG_LEN(sizeof(int));
+    const int file = request.file.get();
+    std::memcpy(CMSG_DATA(passing), &file, sizeof file);
+    ssize_t sent = 0;
+    do
+        sent = ::sendmsg(socket, &message.head, MSG_NOSIGNAL);
+    while (sent < 0 && errno == EINTR);
+    return sent == sizeof message.body;
+}
+
+std::optional<ArchiveRequest> receiveRequest(int socket) {
+    RequestMessage message;
+    ssize_t received = 0;
+    do
+        received = ::recvmsg(socket, &message.head, MSG_CMSG_CLOEXEC);
+    while (received < 0 && errno == EINTR);
+    const cmsghdr* passed = received > 0 ? CMSG_FIRSTHDR(&message.head) : nullptr;
+    if (!passed || passed->cmsg_level != SOL_SOCKET || passed->cmsg_type != SCM_RIGHTS ||
+        passed->cmsg_len != CMSG_LEN(sizeof(int)))
+        return std::nullopt;
+    int file = -1;
+    std::memcpy(&file, CMSG_DATA(passed), sizeof file);
+    ArchiveRequest request{.file = FileDescriptor(file)};
+    if (received != sizeof message.body || message.body.only < 0)
+        return std::nullopt;
+    request.raw = message.body.raw != 0 ? RawFormat::accepted : RawFormat::refused;
+    if (message.body.only > 0)
+        request.only = message.body.only;
+    return request;
 }
 
 void Parser::add(std::string_view bytes) {

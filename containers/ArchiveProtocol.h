@@ -9,7 +9,8 @@
 namespace quillmere {
 
 /// What the archive helper program says to its reader, over one pipe: frames of a length, a kind and a body, in the
-/// machine's own byte order. Nothing that comes in is trusted: every length is bounded before it is used.
+/// machine's own byte order. Nothing that comes in is trusted: every length is bounded before it is used. The helper is
+/// told what to read by one message on a socket (SOCK_SEQPACKET), which carries the archive's descriptor along.
 namespace archiveProtocol {
 
 enum class Kind : unsigned char {
@@ -41,12 +42,18 @@ struct Message {
     std::string_view data{};           ///< of data; valid until the parser is used again
 };
 
+/// Sends everything of the request but its pulse; false when nobody takes it.
+bool sendRequest(int socket, const ArchiveRequest& request);
+/// Waits for the request; nothing when the other side has gone or said something else.
+std::optional<ArchiveRequest> receiveRequest(int socket);
+
 /// Takes the stream apart.
 class Parser {
 public:
     enum class Result { message, incomplete, malformed };
 
     void add(std::string_view bytes);
+    /// Fills in what the message's kind has; the rest of `message` is as it was.
     Result next(Message& message);
 
 private:

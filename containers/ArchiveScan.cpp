@@ -1,7 +1,6 @@
 #include "containers/ArchiveScan.h"
 
 #include "base/Errors.h"
-#include "base/Uuid.h"
 #include "containers/ContainerLimits.h"
 #include "containers/ContainerMessages.h"
 #include "containers/EntryPath.h"
@@ -22,11 +21,11 @@ public:
     Tree(Session& session, int64_t archiveBytes)
         : session_(session), budget_(limits::expansionFactor * std::max(archiveBytes, limits::expansionFloor)) {
         session_.nodes.reserve(limits::nodes);
-        session_.byID.reserve(limits::nodes);
     }
 
     void add(const EntryFacts& facts, std::string path, int64_t ordinal) {
-        Node& node = session_.nodes[path];
+        const auto [place, isNew] = session_.nodes.try_emplace(std::move(path));
+        Node& node = place->second;
         if (node.ordinal)
             throw ContainerError(messages::duplicatePaths);
         const bool isDirectory = facts.type == S_IFDIR;
@@ -37,16 +36,14 @@ public:
         if (!isDirectory && size >= 1)
             account(size);
         // A folder that an earlier entry implied gets its own entry now.
-        const bool isImplied = !node.id.empty();
-        if (isImplied && !isDirectory)
+        if (!isNew && !isDirectory)
             throw ContainerError(messages::conflictingPaths);
-        if (!isImplied)
-            place(node, std::move(path));
-        node.directory = isDirectory;
-        node.size = size;
-        node.modified = static_cast<double>(facts.modified) * 1000;
-        node.blocked = blockedReason(facts, size);
-        node.ordinal = ordinal;
+        node = {.path = place->first,
+                .directory = isDirectory,
+                .size = size,
+                .modified = static_cast<double>(facts.modified) * 1000,
+                .blocked = blockedReason(facts, size),
+                .ordinal = ordinal};
         implyParents(node.path);
         if (session_.nodes.size() > limits::nodes)
             throw ContainerError(messages::tooManyFolders);
@@ -75,27 +72,18 @@ private:
         return size > limits::entryBytes ? messages::blockedTooLarge : nullptr;
     }
 
-    /// Gives a new node its id and its place.
-    void place(Node& node, std::string path) {
-        node.id = newUuid();
-        node.path = std::move(path);
-        node.name = lastOfPath(node.path);
-        session_.byID.emplace(node.id, &node);
-    }
-
     void implyParents(std::string_view path) {
         const auto nearest = parentOfPath(path);
         if (nearest == knownFolder_)
             return; // as for most entries, which follow their neighbours
         for (auto parent = nearest; !parent.empty(); parent = parentOfPath(parent)) {
-            const auto [found, isNew] = session_.nodes.try_emplace(std::string(parent));
-            Node& folder = found->second;
+            const auto [place, isNew] = session_.nodes.try_emplace(std::string(parent));
+            Node& folder = place->second;
             if (!isNew && !folder.directory)
                 throw ContainerError(messages::crossesFilePath);
             if (!isNew)
                 break; // its own parents are there already
-            place(folder, found->first);
-            folder.directory = true;
+            folder = {.path = place->first, .directory = true};
         }
         knownFolder_ = nearest;
     }

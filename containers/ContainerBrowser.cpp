@@ -29,11 +29,13 @@ bool isNamedLikeArchive(const FileUrl& url) {
     return std::ranges::find(archiveExtensions, url.lowerExtension()) != archiveExtensions.end();
 }
 
-std::vector<const Node*> nodesIn(const Session& session, const std::string& path) {
+std::vector<const Node*> nodesIn(Session& session, const std::string& path) {
     std::vector<const Node*> nodes;
-    for (const auto& [nodePath, node] : session.nodes)
-        if (parentOfPath(nodePath) == path)
+    for (auto& [nodePath, node] : session.nodes)
+        if (parentOfPath(nodePath) == path) {
+            session.identify(node);
             nodes.push_back(&node);
+        }
     // Names that sort alike come in one order, whatever the map's.
     std::ranges::sort(nodes, {}, &Node::path);
     return nodes;
@@ -124,21 +126,23 @@ ContainerOpenResult ContainerBrowser::open(const std::string& token, const std::
     if (node.blocked)
         throw ContainerError(node.blocked);
     if (node.directory)
-        return listing(*current, node.path, cancelled);
+        return listing(*current, std::string(node.path), cancelled);
     WorkWatch(cancelled).check();
     OpenedFile document = documentAt(*current, node, cancelled);
     if (!isNamedLikeArchive(document.file))
         return document;
-    return browse(document.file, token, current->displayPath + " / " + node.path, cancelled, document.identity);
+    return browse(document.file, token, current->displayPath + " / " + std::string(node.path), cancelled,
+                  document.identity);
 }
 
 OpenedFile ContainerBrowser::documentAt(Session& session, const Node& node, const CancellationTest& cancelled) {
-    ConfinedPlace place = session.archive ? extractedPlace(session, node, cancelled)
-                                          : confinedPlace(session.source, node.path, fileFacts::Handle::place);
+    ConfinedPlace place = session.archive
+                              ? extractedPlace(session, node, cancelled)
+                              : confinedPlace(session.source, std::string(node.path), fileFacts::Handle::place);
     const auto status = fileFacts::statusOf(place.handle, place.url);
     if (!S_ISREG(status.st_mode))
         throw ContainerError(messages::itemReplaced);
-    return {.file = std::move(place.url), .name = node.name, .identity = fileFacts::identity(status)};
+    return {.file = std::move(place.url), .name = node.name(), .identity = fileFacts::identity(status)};
 }
 
 ConfinedPlace ContainerBrowser::extractedPlace(Session& session, const Node& node, const CancellationTest& cancelled) {

@@ -81,7 +81,7 @@ FileUrl extractEntry(Session& session, const Node& node, const PreviewCache& cac
     }
     requireSameEntry(facts, node, session.source);
 
-    auto file = cache.createEntry(session.token, node.id, node.name);
+    auto file = cache.createEntry(session.token, node.id, node.name());
     copyEntry(*reader, node, file, watch);
     watch.check();
     requireUnchanged(session);

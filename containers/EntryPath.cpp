@@ -46,7 +46,9 @@ std::string safeArchivePath(std::string_view name) {
 }
 
 bool isRawFormat(const EntryFacts& facts) {
-    return asciiLower(facts.format).find("raw") != std::string::npos;
+    constexpr std::string_view raw = "raw";
+    const auto sameLetter = [](char left, char right) { return (left | 0x20) == right; };
+    return !std::ranges::search(facts.format, raw, sameLetter).empty();
 }
 
 std::string entryPath(const EntryFacts& facts, const FileUrl& archive) {

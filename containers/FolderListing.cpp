@@ -1,8 +1,6 @@
 #include "containers/FolderListing.h"
 
 #include "base/Errors.h"
-#include "base/Text.h"
-#include "base/Uuid.h"
 #include "containers/ConfinedFolder.h"
 #include "containers/ContainerLimits.h"
 #include "containers/ContainerMessages.h"
@@ -80,11 +78,9 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
     for (const auto& name : names) {
         watch.check();
         std::string relative = path.empty() ? name : path + "/" + name;
-        Node& node = session.nodes[relative];
-        if (node.id.empty())
-            node = {.id = newUuid(), .path = relative, .name = displayText(name)};
-        describe(node, ::dirfd(folder.get()), name);
-        session.byID.emplace(node.id, &node);
+        const auto place = session.nodes.try_emplace(relative).first;
+        place->second.path = place->first;
+        describe(place->second, ::dirfd(folder.get()), name);
         paths.push_back(std::move(relative));
     }
 
@@ -95,7 +91,7 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
     listed.reserve(paths.size());
     for (const auto& relative : paths) {
         const auto known = kept.insert(session.nodes.extract(relative)).position;
-        session.byID.emplace(known->second.id, &known->second);
+        session.identify(known->second);
         listed.push_back(&known->second);
     }
     session.nodes = std::move(kept);

@@ -1,14 +1,11 @@
 #include "containers/HelperArchiveReader.h"
 
 #include "base/Clock.h"
-#include "containers/ContainerMessages.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <poll.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace quillmere {
@@ -20,46 +17,36 @@ using archiveProtocol::Parser;
 namespace {
 
 constexpr int pollMilliseconds = 20;
-constexpr int pipeBytes = 1 << 20;
 constexpr size_t incomingBytes = 1 << 18;
-/// Where the helper finds the archive; the rest of the agreement is in archive-reader/main.cpp.
-constexpr int archiveDescriptor = 3;
-
-platform::ChildProcess start(const FileUrl& program, const ArchiveRequest& request, const FileDescriptor& output) {
-    platform::ProcessSpec spec{.executable = program};
-    spec.arguments = {request.raw == RawFormat::accepted ? "raw" : "plain",
-                      request.only ? std::to_string(*request.only) : "all"};
-    spec.environment = std::vector<std::string>{};
-    spec.descriptors = {{.ours = output.get(), .theirs = STDOUT_FILENO},
-                        {.ours = request.file.get(), .theirs = archiveDescriptor}};
-    return platform::ChildProcess(spec);
-}
 
 } // namespace
 
-HelperArchiveReader::HelperArchiveReader(const Helper& helper, ArchiveRequest request)
-    : silence_(helper.silence), pulse_(std::move(request.pulse)) {
-    try {
-        auto pipe = platform::makePipe();
-        // A larger pipe only saves turns; one that cannot grow works as well.
-        ::fcntl(pipe.readEnd.get(), F_SETPIPE_SZ, pipeBytes);
-        pipe_ = std::move(pipe.readEnd);
-        process_ = start(helper.program, request, pipe.writeEnd);
-    } catch (const std::system_error&) {
-        throw ContainerError(messages::readerNotCreated);
-    }
+HelperArchiveReader::HelperArchiveReader(std::shared_ptr<ArchiveHelpers> helpers, std::chrono::milliseconds silence,
+                                         ArchiveRequest request)
+    : helpers_(std::move(helpers)), silence_(silence), pulse_(std::move(request.pulse)),
+      helper_(helpers_->employ(request)) {}
+
+HelperArchiveReader::~HelperArchiveReader() {
+    dismiss();
 }
 
-ArchiveReaderFactory HelperArchiveReader::factory(Helper helper) {
-    return [helper = std::move(helper)](ArchiveRequest request) -> std::unique_ptr<ArchiveReader> {
-        return std::make_unique<HelperArchiveReader>(helper, std::move(request));
+void HelperArchiveReader::dismiss() noexcept {
+    if (helper_)
+        helpers_->dismiss(std::move(*helper_));
+    helper_.reset();
+}
+
+ArchiveReaderFactory HelperArchiveReader::factory(const Helper& helper) {
+    return [helpers = std::make_shared<ArchiveHelpers>(helper.program),
+            silence = helper.silence](ArchiveRequest request) -> std::unique_ptr<ArchiveReader> {
+        return std::make_unique<HelperArchiveReader>(helpers, silence, std::move(request));
     };
 }
 
 bool HelperArchiveReader::takeBytes() {
     const SteadyTime lost = steadyNow() + silence_;
     for (;;) {
-        pollfd ready{.fd = pipe_.get(), .events = POLLIN, .revents = 0};
+        pollfd ready{.fd = helper_->answers.get(), .events = POLLIN, .revents = 0};
         const int count = ::poll(&ready, 1, pollMilliseconds);
         pulse_();
         if (count < 0 && errno != EINTR)
@@ -72,7 +59,7 @@ bool HelperArchiveReader::takeBytes() {
     incoming_.resize(incomingBytes);
     ssize_t received = 0;
     do
-        received = ::read(pipe_.get(), incoming_.data(), incoming_.size());
+        received = ::read(helper_->answers.get(), incoming_.data(), incoming_.size());
     while (received < 0 && errno == EINTR);
     if (received <= 0)
         return false;
@@ -80,33 +67,32 @@ bool HelperArchiveReader::takeBytes() {
     return true;
 }
 
-std::optional<Message> HelperArchiveReader::receive() {
+const Message* HelperArchiveReader::receive() {
     while (!over_) {
-        Message message;
-        const auto result = parser_.next(message);
-        if (result == Parser::Result::message && message.kind != Kind::alive)
-            return message;
+        const auto result = parser_.next(message_);
+        if (result == Parser::Result::message && message_.kind != Kind::alive)
+            return &message_;
         if (result == Parser::Result::malformed || (result == Parser::Result::incomplete && !takeBytes()))
             over_ = true;
     }
-    process_.reset();
-    return std::nullopt;
+    dismiss();
+    return nullptr;
 }
 
 ArchiveReader::Outcome HelperArchiveReader::expect(Kind kind, EntryFacts* facts) {
-    auto message = receive();
+    const Message* message = receive();
     if (!message)
         return Outcome::failed;
     if (message->kind == kind) {
         if (facts)
-            *facts = std::move(message->facts);
+            std::swap(*facts, message_.facts); // both keep the room of their texts
         return Outcome::done;
     }
     over_ = true;
     if (message->kind == Kind::end && kind == Kind::header)
         return Outcome::end;
     if (message->kind == Kind::failure)
-        errorText_ = std::move(message->text);
+        errorText_ = message->text;
     return Outcome::failed;
 }
 
@@ -122,7 +108,7 @@ std::optional<size_t> HelperArchiveReader::read(std::span<char> buffer) {
     if (entryComplete_)
         return 0;
     if (data_.empty()) {
-        auto message = receive();
+        const Message* message = receive();
         if (!message)
             return std::nullopt;
         if (message->kind == Kind::dataEnd) {
@@ -131,7 +117,7 @@ std::optional<size_t> HelperArchiveReader::read(std::span<char> buffer) {
         }
         if (message->kind != Kind::data) {
             over_ = true;
-            errorText_ = std::move(message->text);
+            errorText_ = message->text;
             return std::nullopt;
         }
         data_ = message->data;

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "base/FileUrl.h"
+#include "containers/ArchiveHelpers.h"
 #include "containers/ArchiveProtocol.h"
 #include "containers/ArchiveReader.h"
-#include "platform/common/ChildProcess.h"
 
 #include <chrono>
+#include <memory>
 
 namespace quillmere {
 
@@ -20,27 +21,33 @@ public:
         std::chrono::milliseconds silence{10'000};
     };
 
-    HelperArchiveReader(const Helper& helper, ArchiveRequest request);
+    HelperArchiveReader(std::shared_ptr<ArchiveHelpers> helpers, std::chrono::milliseconds silence,
+                        ArchiveRequest request);
+    ~HelperArchiveReader() override;
 
     Outcome next(EntryFacts& facts) override;
     Outcome skip() override;
     std::optional<size_t> read(std::span<char> buffer) override;
     std::optional<std::string> errorText() const override { return errorText_; }
 
-    static ArchiveReaderFactory factory(Helper helper);
+    /// The readers of one factory share their helpers.
+    static ArchiveReaderFactory factory(const Helper& helper);
 
 private:
-    /// The next message but signs of life; nothing once the helper is lost.
-    std::optional<archiveProtocol::Message> receive();
+    /// The next message but signs of life, valid until the next call; null once the helper is lost.
+    const archiveProtocol::Message* receive();
     /// Waits for bytes and takes them in; false when none will come.
     bool takeBytes();
     Outcome expect(archiveProtocol::Kind kind, EntryFacts* facts);
 
+    void dismiss() noexcept;
+
+    std::shared_ptr<ArchiveHelpers> helpers_;
     std::chrono::milliseconds silence_;
     Pulse pulse_;
-    FileDescriptor pipe_;
-    std::optional<platform::ChildProcess> process_;
+    std::optional<ArchiveHelper> helper_;
     archiveProtocol::Parser parser_;
+    archiveProtocol::Message message_;
     std::string incoming_;
     std::string_view data_; ///< received, not yet read
     std::optional<std::string> errorText_;

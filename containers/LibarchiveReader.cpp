@@ -128,7 +128,12 @@ ArchiveReader::Outcome LibarchiveReader::next(EntryFacts& facts) {
     if (!name)
         name = archive_entry_pathname(entry_);
     const char* format = archive_format_name(archive_.get());
-    facts.name = name ? std::optional<std::string>(name) : std::nullopt;
+    if (!name)
+        facts.name.reset();
+    else if (facts.name)
+        facts.name->assign(name); // into the room that is there already
+    else
+        facts.name = name;
     facts.format = format ? format : "";
     facts.type = archive_entry_filetype(entry_);
     facts.size = archive_entry_size_is_set(entry_) ? std::optional<int64_t>(archive_entry_size(entry_)) : std::nullopt;

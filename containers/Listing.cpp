@@ -7,14 +7,15 @@ namespace quillmere {
 namespace {
 
 JsonObject entryRecord(const Node& node) {
+    const std::string name = node.name();
     JsonObject record;
     record.reserve(7);
     record["id"] = node.id;
-    record["name"] = node.name;
+    record["name"] = name;
     record["isDirectory"] = node.directory;
     record["size"] = node.size < 0 ? json::value(nullptr) : json::value(node.size);
     record["modified"] = node.modified;
-    record["ext"] = node.directory ? std::string() : lowercase(extensionOfName(node.name));
+    record["ext"] = node.directory ? std::string() : lowercase(extensionOfName(name));
     if (node.blocked)
         record["blockedReason"] = node.blocked;
     return record;

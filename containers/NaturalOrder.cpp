@@ -48,7 +48,7 @@ void NaturalOrder::sort(std::vector<const Node*>& nodes) const {
     rows.reserve(nodes.size());
     std::vector<uint8_t> key(256);
     for (const Node* node : nodes) {
-        const auto name = icu::UnicodeString::fromUTF8(icu::StringPiece(node->name));
+        const auto name = icu::UnicodeString::fromUTF8(node->name());
         int32_t length = collation_->collator->getSortKey(name, key.data(), static_cast<int32_t>(key.size()));
         if (static_cast<size_t>(length) > key.size()) {
             key.resize(static_cast<size_t>(length));

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "base/FileUrl.h"
+#include "base/Text.h"
+#include "base/Uuid.h"
+#include "containers/EntryPath.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,14 +15,16 @@ namespace quillmere {
 
 /// One entry of a folder or archive.
 struct Node {
-    std::string id;
-    std::string path; ///< relative to the session's root, as the file system or the archive spells it
-    std::string name; ///< last component, as it is shown
+    std::string id{};        ///< given when it is listed first
+    std::string_view path{}; ///< its key in the session: relative to the root, as the file system or archive spells it
     bool directory = false;
     int64_t size = 0;                 ///< bytes, -1 when unknown
     double modified = 0;              ///< milliseconds since 1970, 0 when unknown
     const char* blocked = nullptr;    ///< a sentence of ContainerMessages.h: why it cannot be opened
     std::optional<int64_t> ordinal{}; ///< 1-based position among the archive's headers
+
+    /// The last component, as it is shown.
+    std::string name() const { return displayText(lastOfPath(path)); }
 };
 
 /// An opened folder or archive. Guarded by the browser's lock.
@@ -33,8 +38,15 @@ struct Session {
 
     std::string current{}; ///< path of the folder listed last
     std::unordered_map<std::string, Node> nodes{};
-    std::unordered_map<std::string_view, const Node*> byID{}; ///< of `nodes`, which own the ids
+    std::unordered_map<std::string_view, const Node*> byID{}; ///< those that have an id
     std::unordered_map<std::string, FileUrl> extracted{};
+
+    /// Makes sure that the page can name the node.
+    void identify(Node& node) {
+        if (node.id.empty())
+            node.id = newUuid();
+        byID.emplace(node.id, &node);
+    }
 };
 
 } // namespace quillmere

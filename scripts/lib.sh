@@ -38,7 +38,7 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     libgtk-4-dev libwebkitgtk-6.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     libarchive-dev libboost1.81-dev libboost-json1.81-dev libicu-dev libssl-dev libplist-dev
-    libvips-dev libraw-dev libicns-dev libpng-dev libseccomp-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libvips-dev libraw-dev libpng-dev libseccomp-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev
 )
 run_packages=(
     bubblewrap shared-mime-info desktop-file-utils adwaita-icon-theme hicolor-icon-theme librsvg2-common fonts-dejavu-core gstreamer1.0-plugins-base
@@ -49,6 +49,7 @@ test_packages=(
     ffmpeg libreoffice-writer-nogui libreoffice-impress-nogui libarchive-tools libvips-tools
     python3 python3-gi gir1.2-gtk-4.0 xdotool xclip dbus procps
 )
+bench_packages=(unzip 7zip cpio)
 check_packages=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev)
 
 # need PACKAGE...: installs the Debian packages that are missing.

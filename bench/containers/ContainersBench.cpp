@@ -44,15 +44,25 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
     std::exit(1);
 }
 
+/// A piece of work that tells how long its timed part took, in milliseconds.
+using Work = std::function<double()>;
+
+double timed(const std::function<void()>& work) {
+    const auto start = steadyNow();
+    work();
+    return Milliseconds(steadyNow() - start).count();
+}
+
+Work whole(std::function<void()> work) {
+    return [work = std::move(work)] { return timed(work); };
+}
+
 /// Medians of pieces of work that take turns, so that a busy moment of the machine meets all of them.
-std::vector<double> medians(int rounds, const std::vector<std::function<void()>>& works) {
+std::vector<double> medians(int rounds, const std::vector<Work>& works) {
     std::vector<std::vector<double>> times(works.size());
     for (int round = 0; round < rounds; ++round)
-        for (size_t i = 0; i < works.size(); ++i) {
-            const auto start = steadyNow();
-            works[i]();
-            times[i].push_back(Milliseconds(steadyNow() - start).count());
-        }
+        for (size_t i = 0; i < works.size(); ++i)
+            times[i].push_back(works[i]());
     std::vector<double> result;
     for (auto& series : times) {
         std::ranges::sort(series);
@@ -109,13 +119,32 @@ void bareLoop(const FileUrl& file) {
         fail("bare loop");
 }
 
-void run(const char* program, std::vector<std::string> arguments, const FileUrl& output) {
-    const FileDescriptor file(::open(output.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    platform::ProcessSpec spec{.executable = FileUrl(program)};
-    spec.arguments = std::move(arguments);
-    spec.descriptors = {{.ours = file.get(), .theirs = 1}};
+using Command = std::vector<std::string>;
+
+void run(const Command& command, const FileUrl& input, const FileUrl& output) {
+    const FileDescriptor in(::open(input.path().c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor out(::open(output.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    platform::ProcessSpec spec{.executable = FileUrl("/usr/bin/" + command.front())};
+    spec.arguments.assign(command.begin() + 1, command.end());
+    spec.descriptors = {{.ours = in.get(), .theirs = 0}, {.ours = out.get(), .theirs = 1}};
     if (!platform::ChildProcess(spec).wait().isSuccess())
-        fail(program);
+        fail(command.front());
+}
+
+/// How the format's own tool lists an archive and takes one entry out.
+struct NativeTool {
+    Command list;
+    Command extract;
+};
+
+NativeTool nativeTool(const std::string& archive, const std::string& entry) {
+    if (archive.ends_with(".zip"))
+        return {{"unzip", "-l", archive}, {"unzip", "-p", archive, entry}};
+    if (archive.ends_with(".cpio"))
+        return {{"cpio", "-tv", "--quiet"}, {"cpio", "-i", "--quiet", "--to-stdout", entry}};
+    if (archive.ends_with(".7z") || archive.ends_with(".iso"))
+        return {{"7zz", "l", archive}, {"7zz", "e", "-so", archive, entry}};
+    return {{"tar", "-tvf", archive}, {"tar", "-xOf", archive, entry}};
 }
 
 std::string idOf(const JsonObject& listing, std::string_view name) {
@@ -150,8 +179,8 @@ public:
         } kinds[] = {{"a.zip", "zip", nullptr},  {"a.tar", "pax", nullptr}, {"a.tgz", "pax", "gzip"},
                      {"a.txz", "pax", "xz"},     {"a.7z", "7zip", nullptr}, {"a.iso", "iso9660", nullptr},
                      {"a.cpio", "cpio", nullptr}};
-        std::printf("%-8s %9s %9s %9s %9s | %9s %9s %9s\n", "", "scan ms", "/ loop", "/ lib", "/ bsdtar", "last ms",
-                    "/ bsdtar", "");
+        std::printf("%-8s %9s %8s %8s %8s %8s | %9s %8s %8s\n", "", "scan ms", "/ loop", "/ lib", "/ bsdtar",
+                    "/ native", "last ms", "/ bsdtar", "/ native");
         for (const auto& [name, format, filter] : kinds)
             if (wanted.empty() || std::ranges::find(wanted, name) != wanted.end())
                 archive(folder_.appending(name), format, filter);
@@ -162,12 +191,11 @@ public:
         fs::create_directory(dir.filesystemPath());
         for (int i = 0; i < entryCount; ++i)
             std::ofstream(dir.appending("file " + std::to_string(i) + ".txt").filesystemPath());
-        const auto times = medians(std::max(rounds_, 9), {[&] {
-                                                              const auto listing = browse(dir);
-                                                              if (!compactJson(listing))
-                                                                  fail("listing");
-                                                          },
-                                                          [&] { bareFolder(dir); }});
+        const auto listAll = [&] {
+            if (!compactJson(browse(dir)))
+                fail("listing");
+        };
+        const auto times = medians(std::max(rounds_, 9), {whole(listAll), whole([&] { bareFolder(dir); })});
         std::printf("folder: listing, order and JSON %.1f ms, readdir and statx %.1f ms, ratio %.2f\n", times[0],
                     times[1], times[0] / times[1]);
     }
@@ -199,25 +227,30 @@ private:
     void archive(const FileUrl& file, const char* format, const char* filter) const {
         writeArchive(file, format, filter);
         const FileUrl output = folder_.appending("output");
-        const auto scans = medians(rounds_, {[&] { browse(file); }, [&] { bareLoop(file); }, [&] { inProcess(file); },
-                                             [&] { run("/usr/bin/bsdtar", {"-tvf", file.path()}, output); }});
         const std::string last = entryName(entryCount - 1);
-        const auto extractions = medians(rounds_, {[&] { extract(file, last); },
-                                                   [&] { run("/usr/bin/bsdtar", {"-xOf", file.path(), last}, output); },
-                                                   [&] { browse(file); }});
-        // An extraction needs a session, which is opened for it and not part of its cost.
-        const double lastMs = extractions[0] - extractions[2];
-        std::printf("%-8s %9.1f %9.2f %9.2f %9.2f | %9.1f %9.2f\n", file.lastPathComponent().c_str(), scans[0],
-                    scans[0] / scans[1], scans[0] / scans[2], scans[0] / scans[3], lastMs, lastMs / extractions[1]);
+        const NativeTool native = nativeTool(file.path(), last);
+        const auto tool = [&](Command command) {
+            return whole([&file, &output, command = std::move(command)] { run(command, file, output); });
+        };
+        const auto scans = medians(rounds_, {whole([&] { browse(file); }), whole([&] { bareLoop(file); }),
+                                             whole([&] { inProcess(file); }), tool({"bsdtar", "-tvf", file.path()}),
+                                             tool(native.list)});
+        const auto extractions = medians(rounds_, {[&] { return extract(file, last); },
+                                                   tool({"bsdtar", "-xOf", file.path(), last}), tool(native.extract)});
+        std::printf("%-8s %9.1f %8.2f %8.2f %8.2f %8.2f | %9.1f %8.2f %8.2f\n", file.lastPathComponent().c_str(),
+                    scans[0], scans[0] / scans[1], scans[0] / scans[2], scans[0] / scans[3], scans[0] / scans[4],
+                    extractions[0], extractions[0] / extractions[1], extractions[0] / extractions[2]);
     }
 
-    void extract(const FileUrl& file, const std::string& path) const {
+    /// The time that opening the entry takes, from the click in the listing on.
+    double extract(const FileUrl& file, const std::string& path) const {
         const auto never = [] { return false; };
         const auto root = browse(file);
         const auto token = *stringField(root, "token");
         const auto slash = path.find('/');
         const auto folder = std::get<JsonObject>(browser_->open(token, idOf(root, path.substr(0, slash)), never));
-        browser_->open(token, idOf(folder, path.substr(slash + 1)), never);
+        const auto id = idOf(folder, path.substr(slash + 1));
+        return timed([&] { browser_->open(token, id, never); });
     }
 
     static void bareFolder(const FileUrl& folder) {

@@ -50,8 +50,10 @@ struct FilterRelease {
     void operator()(void* filter) const { seccomp_release(filter); }
 };
 
-/// Memory, the open descriptors, threads that already run, time, and the end.
-constexpr std::array allowedCalls{SCMP_SYS(read),
+/// The request, memory, the open descriptors, time, and the end.
+constexpr std::array allowedCalls{SCMP_SYS(recvmsg),
+                                  SCMP_SYS(setitimer),
+                                  SCMP_SYS(read),
                                   SCMP_SYS(write),
                                   SCMP_SYS(lseek),
                                   SCMP_SYS(_llseek),

@@ -2,9 +2,10 @@
 
 namespace quillmere {
 
-/// Gives up, for all threads of this process and for good, everything that reading an archive from an open descriptor
-/// does not need: opening files, the network, other programs and processes, executable memory, more than a gigabyte of
-/// memory. What is refused fails with EPERM. False when the system cannot do this; then nothing may be read.
+/// Gives up, for all threads of this process and for good, everything that waiting for an archive's descriptor and
+/// reading from it do not need: opening files, the network, other programs and processes, executable memory, more than
+/// a gigabyte of memory. What is refused fails with EPERM. False when the system cannot do this; then nothing may be
+/// read.
 [[nodiscard]] bool lockDown();
 
 } // namespace quillmere

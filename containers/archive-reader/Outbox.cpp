@@ -3,49 +3,66 @@
 #include "containers/ArchiveProtocol.h"
 
 #include <cerrno>
-#include <chrono>
 #include <string_view>
+#include <sys/time.h>
 #include <unistd.h>
-#include <utility>
 
 namespace quillmere {
 
 namespace {
 
-constexpr std::chrono::seconds aliveInterval{1};
-constexpr std::chrono::milliseconds gatherTime{2};
+constexpr int tickMicroseconds = 100'000;
+constexpr int ticksToSignOfLife = 10;
+
+Outbox* current = nullptr; // for the signal
+
+void setTimer(int microseconds) {
+    const timeval interval{.tv_sec = 0, .tv_usec = microseconds};
+    const itimerval timer{.it_interval = interval, .it_value = interval};
+    ::setitimer(ITIMER_REAL, &timer, nullptr);
+}
 
 } // namespace
 
-Outbox::Outbox(int descriptor) : descriptor_(descriptor), thread_([this] { run(); }) {}
-
-Outbox::~Outbox() {
-    {
-        const std::lock_guard hold(mutex_);
-        closed_ = true;
-    }
-    work_.notify_one();
-    thread_.join();
+Outbox::Outbox(int descriptor) : descriptor_(descriptor) {
+    pending_.reserve(2 * archiveProtocol::maxData);
+    archiveProtocol::appendPlain(alive_, archiveProtocol::Kind::alive);
+    current = this;
+    struct sigaction action{};
+    action.sa_handler = tick;
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGALRM, &action, nullptr);
+    setTimer(tickMicroseconds);
 }
 
-void Outbox::run() {
-    std::string sending;
-    std::unique_lock hold(mutex_);
-    for (;;) {
-        work_.wait_for(hold, aliveInterval, [this] { return closed_ || !pending_.empty(); });
-        if (pending_.empty() && closed_)
-            return;
-        if (pending_.empty())
-            archiveProtocol::appendPlain(pending_, archiveProtocol::Kind::alive);
-        else
-            work_.wait_for(hold, gatherTime, [this] { return isUrgent(); });
-        sending.clear();
-        std::swap(sending, pending_);
-        hold.unlock();
-        room_.notify_one();
-        write(sending);
-        hold.lock();
+Outbox::~Outbox() {
+    setTimer(0);
+}
+
+void Outbox::flush() {
+    const Busy busy(*this);
+    write();
+}
+
+/// Runs between any two instructions of the caller: only what is safe then.
+void Outbox::tick(int) {
+    Outbox& outbox = *current;
+    if (outbox.busy_)
+        return;
+    const int error = errno;
+    if (!outbox.pending_.empty()) {
+        outbox.write();
+    } else if (++outbox.ticks_ >= ticksToSignOfLife) {
+        outbox.ticks_ = 0;
+        outbox.write(outbox.alive_);
     }
+    errno = error;
+}
+
+void Outbox::write() {
+    write(pending_);
+    pending_.clear();
+    ticks_ = 0;
 }
 
 void Outbox::write(const std::string& bytes) const {

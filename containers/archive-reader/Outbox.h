@@ -1,19 +1,19 @@
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
+#include <csignal>
 #include <string>
-#include <thread>
 
 namespace quillmere {
 
-/// Sends frames down a pipe from a thread of its own: many small ones in one write, what is there within milliseconds
-/// even while the caller is deep inside a long call, and a sign of life every second. A caller that is ahead of the
-/// other side waits.
+/// Sends frames down a pipe: many small ones in one write, and all that is there a moment later even while the caller
+/// is deep inside a long call, with a sign of life every second. A timer's signal does the latter rather than a thread,
+/// because libarchive's countless small allocations cost half as much again in a process with threads. A caller that is
+/// ahead of the other side waits. One at a time, one thread.
 class Outbox {
 public:
+    /// Takes SIGALRM and the process's real-time timer.
     explicit Outbox(int descriptor);
-    /// Sends what is left.
     ~Outbox();
     Outbox(const Outbox&) = delete;
     Outbox& operator=(const Outbox&) = delete;
@@ -21,30 +21,44 @@ public:
     /// `append` adds a frame to the text it is given.
     template <typename Append>
     void send(Append append) {
-        std::unique_lock hold(mutex_);
-        room_.wait(hold, [this] { return pending_.size() < mostBytes; });
-        const bool wasEmpty = pending_.empty();
-        const bool wasUrgent = isUrgent();
+        const Busy busy(*this);
         append(pending_);
-        if (wasEmpty || isUrgent() != wasUrgent)
-            work_.notify_one();
+        if (pending_.size() >= batchBytes)
+            write();
     }
+    /// Sends what is there.
+    void flush();
 
 private:
-    static constexpr size_t urgentBytes = 65'536;
-    static constexpr size_t mostBytes = 4 * urgentBytes;
+    static constexpr size_t batchBytes = 16'384;
 
-    bool isUrgent() const { return closed_ || pending_.size() >= urgentBytes; }
-    void run();
+    /// Keeps the signal away from frames in the making.
+    class Busy {
+    public:
+        explicit Busy(Outbox& outbox) : outbox_(outbox) {
+            outbox_.busy_ = 1;
+            std::atomic_signal_fence(std::memory_order_seq_cst);
+        }
+        ~Busy() {
+            std::atomic_signal_fence(std::memory_order_seq_cst);
+            outbox_.busy_ = 0;
+        }
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+
+    private:
+        Outbox& outbox_;
+    };
+
+    static void tick(int);
+    void write();
     void write(const std::string& bytes) const;
 
     int descriptor_;
-    std::mutex mutex_;
-    std::condition_variable work_;
-    std::condition_variable room_;
     std::string pending_;
-    bool closed_ = false;
-    std::thread thread_;
+    std::string alive_;
+    int ticks_ = 0; ///< since something was sent
+    volatile std::sig_atomic_t busy_ = 0;
 };
 
 } // namespace quillmere

@@ -1,9 +1,6 @@
-// Reads one archive for the desktop program, in a process that can be killed at any time and can do nothing else.
-//
-//     quillmere-archive-reader raw|plain all|POSITION
-//
-// The archive is descriptor 3, open for reading; the answer is frames on standard output (ArchiveProtocol.h). For "all"
-// it is each header followed by "skipped", for a position that one header and the data of its entry.
+// Reads one archive for the desktop program, in a process that can be killed at any time and can do nothing else. It
+// makes itself ready, waits on standard input (a socket) for what to read, and answers with frames on standard output
+// (ArchiveProtocol.h): for all entries each header followed by "skipped", for one entry its header and its data.
 
 #include "containers/ArchiveProtocol.h"
 #include "containers/LibarchiveReader.h"
@@ -11,12 +8,12 @@
 #include "containers/archive-reader/Outbox.h"
 
 #include <array>
-#include <charconv>
 #include <clocale>
 #include <cwchar>
 #include <exception>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -24,28 +21,7 @@ using namespace quillmere;
 using archiveProtocol::Kind;
 using Outcome = ArchiveReader::Outcome;
 
-constexpr int archiveDescriptor = 3;
-
-enum ExitCode { finished = 0, readerLost = 1, badUsage = 2, notConfined = 3 };
-
-std::optional<ArchiveRequest> requestFrom(int count, char** arguments) {
-    if (count != 3)
-        return std::nullopt;
-    const std::string_view raw = arguments[1];
-    const std::string_view which = arguments[2];
-    if (raw != "raw" && raw != "plain")
-        return std::nullopt;
-    ArchiveRequest request{.file = FileDescriptor(archiveDescriptor),
-                           .raw = raw == "raw" ? RawFormat::accepted : RawFormat::refused};
-    if (which != "all") {
-        int64_t position = 0;
-        const auto [end, error] = std::from_chars(which.data(), which.data() + which.size(), position);
-        if (error != std::errc() || end != which.data() + which.size() || position < 1)
-            return std::nullopt;
-        request.only = position;
-    }
-    return request;
-}
+enum ExitCode { finished = 0, readerLost = 1, notConfined = 3 };
 
 /// What names need is loaded while files can still be opened.
 void loadCharacterTypes() {
@@ -104,27 +80,31 @@ void sendOne(Outbox& outbox, ArchiveReader& reader) {
     }
 }
 
+/// Answers one request.
+ExitCode serve() {
+    loadCharacterTypes();
+    if (!lockDown())
+        return notConfined;
+    auto request = archiveProtocol::receiveRequest(STDIN_FILENO);
+    if (!request)
+        return finished;
+    const bool one = request->only.has_value();
+    Outbox outbox(STDOUT_FILENO);
+    LibarchiveReader reader(std::move(*request));
+    if (one)
+        sendOne(outbox, reader);
+    else
+        sendAll(outbox, reader);
+    outbox.flush();
+    return finished;
+}
+
 } // namespace
 
-int main(int count, char** arguments) {
+int main() {
     try {
-        auto request = requestFrom(count, arguments);
-        if (!request)
-            return badUsage;
-        const bool one = request->only.has_value();
-        loadCharacterTypes();
-        {
-            Outbox outbox(STDOUT_FILENO);
-            if (!lockDown())
-                _exit(notConfined);
-            LibarchiveReader reader(std::move(*request));
-            if (one)
-                sendOne(outbox, reader);
-            else
-                sendAll(outbox, reader);
-        }
         // What exit handlers of libraries might still do is no longer allowed.
-        _exit(finished);
+        _exit(serve());
     } catch (const std::exception&) {
         _exit(readerLost);
     }

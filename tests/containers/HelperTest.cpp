@@ -3,9 +3,12 @@
 #include "tests/containers/Fixtures.h"
 
 #include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 
 namespace quillmere::testing {
 namespace {
@@ -31,6 +34,38 @@ protected:
         return failureOf([&] { browse(write(name, bytes)); });
     }
 };
+
+/// All that a helper with the given environment (ours when absent) says about an archive.
+std::string answersOf(const char* helper, const std::optional<std::vector<std::string>>& environment,
+                      const FileUrl& archive) {
+    int sockets[2];
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets), 0);
+    const FileDescriptor ours(sockets[0]);
+    FileDescriptor theirs(sockets[1]);
+    auto pipe = platform::makePipe();
+    platform::ProcessSpec spec{.executable = FileUrl(helper)};
+    spec.environment = environment;
+    spec.descriptors = {{.ours = theirs.get(), .theirs = 0}, {.ours = pipe.writeEnd.get(), .theirs = 1}};
+    platform::ChildProcess process(spec);
+    pipe.writeEnd.reset();
+    EXPECT_TRUE(archiveProtocol::sendRequest(ours.get(), {.file = openArchive(archive)}));
+    std::string answers(65'536, ' ');
+    const ssize_t count = ::read(pipe.readEnd.get(), answers.data(), answers.size());
+    process.wait();
+    return answers.substr(0, count < 0 ? 0 : static_cast<size_t>(count));
+}
+
+/// The processes whose program is the given one.
+std::vector<pid_t> processesOf(const char* program) {
+    std::vector<pid_t> found;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        std::error_code error;
+        const auto target = fs::read_symlink(entry.path() / "exe", error);
+        if (!error && target == fs::path(program))
+            found.push_back(std::stoi(entry.path().filename()));
+    }
+    return found;
+}
 
 TEST_F(HelperReader, LiesEndInTheReadFailure) {
     useLiar();
@@ -116,6 +151,19 @@ TEST_F(HelperReader, CancelledExtractionLeavesNothing) {
     EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
 }
 
+TEST_F(HelperReader, OneHelperStandsReadyAndMayDie) {
+    useReaders(HelperArchiveReader::factory({.program = FileUrl(LYING_HELPER)}));
+    const auto before = processesOf(LYING_HELPER);
+    for (int i = 0; i < 3; ++i)
+        failureOfListing("crash at once");
+    const auto ready = processesOf(LYING_HELPER);
+    ASSERT_EQ(ready.size(), before.size() + 1);
+    for (const pid_t process : ready)
+        ::kill(process, SIGKILL);
+    const auto listing = browse(write("a.zip", "extract short"));
+    EXPECT_TRUE(entryNamed(listing, "a")) << "a helper that died while it waited is replaced";
+}
+
 TEST_F(HelperReader, FilterProgramsAreNotStarted) {
     const auto programs = makeFolder("programs");
     const auto witness = path("witness");
@@ -126,7 +174,8 @@ TEST_F(HelperReader, FilterProgramsAreNotStarted) {
     EXPECT_THAT(failureOfListing(std::string("\x89LZO\x00\x0d\x0a\x1a\x0a 1234567890", 20)),
                 ::testing::StartsWith(readFailurePrefix));
     // The same with the helper itself given that path.
-    std::system(("exec 3< " + path("a.zip").path() + "; " ARCHIVE_HELPER " plain all > /dev/null").c_str());
+    const auto answers = answersOf(ARCHIVE_HELPER, std::nullopt, path("a.zip"));
+    EXPECT_FALSE(answers.empty());
     setenv("PATH", before.c_str(), 1);
     EXPECT_FALSE(fs::exists(witness.filesystemPath()));
 }

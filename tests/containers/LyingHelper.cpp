@@ -1,4 +1,4 @@
-// Takes the place of the archive helper program and misbehaves as the "archive" on descriptor 3 says.
+// Takes the place of the archive helper program and misbehaves as the "archive" of its request says.
 
 #include "containers/ArchiveProtocol.h"
 
@@ -36,11 +36,14 @@ std::string data(const std::string& content) {
 
 } // namespace
 
-int main(int, char** arguments) {
+int main() {
+    const auto request = archiveProtocol::receiveRequest(STDIN_FILENO);
+    if (!request)
+        return 0;
     char text[64] = "";
-    [[maybe_unused]] const auto count = ::read(3, text, sizeof text - 1);
+    [[maybe_unused]] const auto count = ::read(request->file.get(), text, sizeof text - 1);
     const std::string lie = text;
-    const bool isScan = arguments[2] == std::string("all");
+    const bool isScan = !request->only;
     const std::string listing = header("a", 3) + plain(Kind::skipped) + plain(Kind::end);
 
     if (lie == "crash at once")
