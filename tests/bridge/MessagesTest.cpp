@@ -18,13 +18,9 @@ TEST(InboundMessage, OnlyTheOwnMainFrameIsHeard) {
     };
     const Row rows[] = {
         {"the page", {ready, true, page}, true},
-        {"any page of its own", {ready, true, "quillmere://app/other?x"}, true},
         {"a subframe", {ready, false, page}, false},
         {"a frame without address", {ready, true, std::nullopt}, false},
-        {"an empty document", {ready, true, "about:blank"}, false},
-        {"another host", {ready, true, "quillmere://evil/index.html"}, false},
-        {"another scheme", {ready, true, "https://app/index.html"}, false},
-        {"a nested address", {ready, true, "blob:quillmere://app/1"}, false},
+        {"a page from elsewhere", {ready, true, "quillmere://evil/index.html"}, false},
     };
     for (const auto& row : rows)
         EXPECT_EQ(acceptMessage(row.message).has_value(), row.accepted) << row.what;
@@ -37,11 +33,9 @@ TEST(InboundMessage, OtherShapesAndTypesAreIgnored) {
     const std::pair<const char*, json::value> ignored[] = {
         {"text", "ready"},
         {"an array", json::array{"ready"}},
-        {"a number", 7},
         {"null", nullptr},
         {"no type", JsonObject{{"Type", "ready"}}},
         {"a numeric type", JsonObject{{"type", 1}}},
-        {"a null type", JsonObject{{"type", nullptr}}},
         {"a listed type", JsonObject{{"type", json::array{"ready"}}}},
         {"an unknown type", JsonObject{{"type", "format-disk"}}},
         {"another case", JsonObject{{"type", "Ready"}}},
@@ -71,14 +65,6 @@ TEST(InboundMessage, ASampleIsAFileNameOnly) {
         EXPECT_EQ(sampleFileName(name), file) << name;
 }
 
-TEST(InboundMessage, TheClipboardHasAnExactLimit) {
-    EXPECT_FALSE(isCopyable(std::nullopt));
-    EXPECT_FALSE(isCopyable(""));
-    EXPECT_TRUE(isCopyable("x"));
-    EXPECT_TRUE(isCopyable(std::string(16'777'216, 'x')));
-    EXPECT_FALSE(isCopyable(std::string(16'777'217, 'x')));
-}
-
 TEST(OutboundMessage, FourTypesCarryTheContainer) {
     for (const auto* type :
          {"busy", "open", "error", "native-preview", "init", "clipboard-result", "state", "active"}) {
@@ -90,11 +76,6 @@ TEST(OutboundMessage, FourTypesCarryTheContainer) {
     JsonObject busy{{"type", "busy"}};
     addContainerToken(busy, std::nullopt);
     EXPECT_FALSE(busy.contains("containerToken"));
-}
-
-TEST(OutboundMessage, OneLineOrNothing) {
-    EXPECT_EQ(pageCall("receive", JsonObject{{"type", "busy"}}), R"(window.Quillmere?.receive({"type":"busy"});)");
-    EXPECT_FALSE(pageCall("receive", JsonObject{{"name", "\xFF"}}));
 }
 
 TEST(OpenRules, ByExtension) {

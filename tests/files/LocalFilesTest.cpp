@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class LocalFilesTest : public Sandbox {
+class LocalFilesTest : public testing::Test, protected tests::Sandbox {
 protected:
     std::shared_ptr<LocalFiles> files(const FileUrl& resources) {
         return std::make_shared<LocalFiles>(resources, platform_.executors, platform_.contentTypes);
@@ -44,7 +44,7 @@ TEST_F(LocalFilesTest, GrantPathsNameTheFileBehindAToken) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.encoded);
-        const FileUrl file = root().appending(row.name);
+        const FileUrl file = at(row.name);
         const std::string path = local->grant(file);
         ASSERT_TRUE(path.starts_with("/__file/"));
         EXPECT_TRUE(isUuid(tokenOf(path)));
@@ -58,13 +58,13 @@ TEST_F(LocalFilesTest, TheSixtyFifthGrantDropsAllOthers) {
     const auto local = files(root());
     std::vector<std::string> paths;
     for (int i = 0; i < 64; ++i)
-        paths.push_back(local->grant(root().appending(std::to_string(i))));
+        paths.push_back(local->grant(at(std::to_string(i))));
     for (const auto& path : paths)
         ASSERT_TRUE(local->grantedFile(path));
-    EXPECT_EQ(local->grant(root().appending("7")), paths[7]) << "a known file takes no new place";
+    EXPECT_EQ(local->grant(at("7")), paths[7]) << "a known file takes no new place";
 
-    const std::string last = local->grant(root().appending("64"));
-    EXPECT_EQ(local->grantedFile(last), root().appending("64"));
+    const std::string last = local->grant(at("64"));
+    EXPECT_EQ(local->grantedFile(last), at("64"));
     for (const auto& path : paths)
         EXPECT_FALSE(local->grantedFile(path));
 }
@@ -72,7 +72,7 @@ TEST_F(LocalFilesTest, TheSixtyFifthGrantDropsAllOthers) {
 TEST_F(LocalFilesTest, AddressesOfGrants) {
     const auto local = files(root());
     folder("app");
-    const FileUrl file = root().appending("doc.txt");
+    const FileUrl file = at("doc.txt");
     const std::string token = tokenOf(local->grant(file));
     struct Row {
         std::string url;
@@ -110,7 +110,7 @@ TEST_F(LocalFilesTest, PageResourcesStayInsideTheirFolder) {
     fs::create_symlink(secret.filesystemPath(), app.appending("leak.txt").filesystemPath());
     fs::create_directory_symlink(root().filesystemPath(), app.appending("up").filesystemPath());
     fs::create_symlink("index.html", app.appending("alias.html").filesystemPath());
-    const auto local = files(root().appending("res"));
+    const auto local = files(at("res"));
 
     struct Row {
         std::string path;
@@ -148,11 +148,7 @@ TEST_F(LocalFilesTest, TheOwnTypeTableWinsOverTheRegistry) {
     const std::pair<const char*, const char*> rows[] = {
         {"a.js", "text/javascript"},
         {"a.mjs", "text/javascript"},
-        {"a.css", "text/css"},
-        {"a.html", "text/html"},
         {"a.wasm", "application/wasm"},
-        {"a.svg", "image/svg+xml"},
-        {"a.pdf", "application/pdf"},
         {"a.mov", "video/quicktime"},
         {"a.MP4", "video/mp4"},
         {"a.m4a", "audio/mp4"},
@@ -162,7 +158,7 @@ TEST_F(LocalFilesTest, TheOwnTypeTableWinsOverTheRegistry) {
         {".js", "application/octet-stream"},
     };
     for (const auto& [name, type] : rows)
-        EXPECT_EQ(LocalFiles::mime(root().appending(name), platform_.contentTypes), type) << name;
+        EXPECT_EQ(LocalFiles::mime(at(name), platform_.contentTypes), type) << name;
 }
 
 TEST(AppAddress, OnlyTheExactSchemeAndHost) {

@@ -20,13 +20,17 @@ using platform::HeadlessSchemeTask;
 using ::testing::Each;
 using ::testing::Le;
 
-class ServingTest : public Sandbox {
+class ServingTest : public testing::Test, protected tests::Sandbox {
 protected:
     using TaskRef = std::shared_ptr<HeadlessSchemeTask>;
 
+    static TaskRef requestAt(std::optional<std::string> url, std::optional<std::string> range = std::nullopt,
+                             std::string method = "GET") {
+        return std::make_shared<HeadlessSchemeTask>(
+            platform::SchemeRequest{.url = std::move(url), .method = std::move(method), .range = std::move(range)});
+    }
     TaskRef request(const FileUrl& file, std::optional<std::string> range = std::nullopt, std::string method = "GET") {
-        return std::make_shared<HeadlessSchemeTask>(platform::SchemeRequest{
-            .url = "quillmere://app" + local_->grant(file), .method = std::move(method), .range = std::move(range)});
+        return requestAt("quillmere://app" + local_->grant(file), std::move(range), std::move(method));
     }
 
     TaskRef serve(TaskRef task) {
@@ -94,47 +98,42 @@ TEST_F(ServingTest, WholeFilesRangesAndHeads) {
 TEST_F(ServingTest, RefusalsFailTheTaskAndSayWhy) {
     const FileUrl file = write("a.txt", "abc");
     const FileUrl empty = write("empty", "");
-    const FileUrl pipe = root().appending("pipe");
+    const FileUrl pipe = at("pipe");
     ASSERT_EQ(::mkfifo(pipe.path().c_str(), 0600), 0);
-    const FileUrl socketFile = root().appending("sock");
+    const FileUrl socketFile = at("sock");
     const FileDescriptor listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     socketFile.path().copy(address.sun_path, sizeof address.sun_path - 1);
     ASSERT_EQ(::bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    const FileUrl looped = root().appending("loop");
+    const FileUrl looped = at("loop");
     fs::create_symlink("loop", looped.filesystemPath());
 
     struct Row {
         std::string what;
-        platform::SchemeRequest request;
+        TaskRef task;
         std::string message;
-    };
-    const auto granted = [&](const FileUrl& target, std::optional<std::string> range = std::nullopt) {
-        return platform::SchemeRequest{
-            .url = "quillmere://app" + local_->grant(target), .method = "GET", .range = std::move(range)};
     };
     const std::string unavailable = "The requested local file is unavailable.";
     const Row rows[] = {
-        {"no address", {.url = std::nullopt, .method = "GET", .range = {}}, unavailable},
-        {"another host", {.url = "quillmere://other/index.html", .method = "GET", .range = {}}, unavailable},
-        {"a climb", {.url = "quillmere://app/../../etc/passwd", .method = "GET", .range = {}}, unavailable},
-        {"an unknown token", {.url = "quillmere://app/__file/x/y", .method = "GET", .range = {}}, unavailable},
-        {"a bad range", granted(file, "bytes=2-1"), "Invalid byte range."},
-        {"a range past the end", granted(file, "bytes=3-"), "Unsatisfiable byte range."},
-        {"a range of nothing", granted(empty, "bytes=0-"), "Invalid byte range."},
-        {"a missing file", granted(root().appending("gone.txt")), "“gone.txt” no longer exists."},
-        {"a folder", granted(root()), "“" + root().lastPathComponent() + "” is a folder."},
-        {"a pipe without a writer", granted(pipe), "“pipe” is not a regular file."},
-        {"a socket", granted(socketFile), "“sock” is not a regular file."},
-        {"a device", granted(FileUrl("/dev/zero")), "“zero” is not a regular file."},
-        {"a link to itself", granted(looped), "“loop” is a link that could not be followed."},
+        {"no address", requestAt(std::nullopt), unavailable},
+        {"another host", requestAt("quillmere://other/index.html"), unavailable},
+        {"a climb", requestAt("quillmere://app/../../etc/passwd"), unavailable},
+        {"an unknown token", requestAt("quillmere://app/__file/x/y"), unavailable},
+        {"a bad range", request(file, "bytes=2-1"), "Invalid byte range."},
+        {"a range past the end", request(file, "bytes=3-"), "Unsatisfiable byte range."},
+        {"a range of nothing", request(empty, "bytes=0-"), "Invalid byte range."},
+        {"a missing file", request(at("gone.txt")), "“gone.txt” no longer exists."},
+        {"a folder", request(root()), "“" + root().lastPathComponent() + "” is a folder."},
+        {"a pipe without a writer", request(pipe), "“pipe” is not a regular file."},
+        {"a socket", request(socketFile), "“sock” is not a regular file."},
+        {"a device", request(FileUrl("/dev/zero")), "“zero” is not a regular file."},
+        {"a link to itself", request(looped), "“loop” is a link that could not be followed."},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        const auto task = serve(std::make_shared<HeadlessSchemeTask>(row.request));
-        EXPECT_FALSE(task->response);
-        EXPECT_EQ(task->failure, row.message);
-        EXPECT_FALSE(task->finished);
+        serve(row.task);
+        EXPECT_FALSE(row.task->response || row.task->finished);
+        EXPECT_EQ(row.task->failure, row.message);
     }
 }
 
@@ -142,10 +141,7 @@ TEST_F(ServingTest, OnlyTheFileThatWasCheckedIsServed) {
     const FileUrl file = write("entry.txt", "checked");
     const FileUrl outside = write("outside.txt", "secret");
     const std::string url = "quillmere://app" + local_->grant(file, RegularFile(file).identity());
-    const auto fetch = [&] {
-        return serve(std::make_shared<HeadlessSchemeTask>(
-            platform::SchemeRequest{.url = url, .method = "GET", .range = std::nullopt}));
-    };
+    const auto fetch = [&] { return serve(requestAt(url)); };
     EXPECT_EQ(fetch()->body, "checked");
     EXPECT_EQ(local_->fileFor(url), file);
 

@@ -1,6 +1,6 @@
 #include "prepare/CacheHousekeeping.h"
 
-#include "tests/platform/common/Sandbox.h"
+#include "tests/support/Sandbox.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 #include "base/Clock.h"
 #include "platform/ImageCodec.h"
 #include "platform/MediaExporter.h"
-#include "tests/platform/common/Sandbox.h"
+#include "tests/support/Sandbox.h"
 
 #include <atomic>
 #include <functional>

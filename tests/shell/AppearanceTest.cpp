@@ -38,9 +38,7 @@ TEST_F(AppearanceTest, AChosenPhotoIsGrantedAndServed) {
     EXPECT_THAT(applied(), HasText("bgPreset", ""));
     const auto url = *stringField(applied(), "bgCustomUrl");
     EXPECT_THAT(url, testing::MatchesRegex("/__file/.*/background\\.png\\?v=[0-9]+\\.[0-9]+"));
-    const auto task = page().fetch({.url = "quillmere://app" + url, .method = "GET", .range = {}});
-    ASSERT_TRUE(desktop_.executors.main().runUntil([&] { return task->isOver(); }));
-    EXPECT_EQ(task->body, "a picture");
+    EXPECT_EQ(fetched(url), "a picture");
 
     post({{"type", "pick-background"}});
     desktop_.dialogs.answerPanel(write("bad.jpg", "broken"));

@@ -13,7 +13,7 @@ protected:
 
     /// Opens the folder and returns its listing message.
     JsonObject browse() {
-        page().drop({root().appending("things")});
+        page().drop({at("things")});
         return await("open");
     }
 
@@ -39,7 +39,7 @@ TEST_F(ContainerOperationsTest, AFolderIsListed) {
     EXPECT_THAT(listing, HasText("name", "things"));
     EXPECT_EQ(stringField(listing.at("container").as_object(), "token"), token(listing));
     EXPECT_EQ(window().title, "things — Quillmere");
-    EXPECT_EQ(window().representedFile, root().appending("things"));
+    EXPECT_EQ(window().representedFile, at("things"));
 }
 
 TEST_F(ContainerOperationsTest, DocumentsKeepTheirContainer) {
@@ -51,7 +51,7 @@ TEST_F(ContainerOperationsTest, DocumentsKeepTheirContainer) {
     EXPECT_EQ(token(open), token(listing));
     EXPECT_EQ(token(received("busy").back()), token(listing));
     EXPECT_EQ(window().title, "note.txt — Quillmere");
-    EXPECT_EQ(window().representedFile, root().appending("things/note.txt"));
+    EXPECT_EQ(window().representedFile, at("things/note.txt"));
 
     desktop_.toolkit.canPreviewFiles = true;
     write("things/old.doc");
@@ -68,7 +68,7 @@ TEST_F(ContainerOperationsTest, DownAndUp) {
     openEntry(browse(), "inner");
     const auto inner = await("open", 2);
     EXPECT_NE(idOf(inner, "deep.txt"), "");
-    EXPECT_EQ(window().representedFile, root().appending("things"));
+    EXPECT_EQ(window().representedFile, at("things"));
     post({{"type", "container-up"}, {"token", token(inner)}});
     EXPECT_NE(idOf(await("open", 3), "note.txt"), "");
 }
@@ -101,7 +101,7 @@ TEST_F(ContainerOperationsTest, ANewerRequestOvertakes) {
     ASSERT_EQ(received("open").size(), 2U);
     EXPECT_NE(idOf(received("open").back(), "deep.txt"), "");
 
-    page().drop({root().appending("things")});
+    page().drop({at("things")});
     page().drop({write("outside.txt")});
     settle();
     ASSERT_EQ(received("open").size(), 3U);
@@ -113,7 +113,7 @@ TEST_F(ContainerOperationsTest, ANewerRequestOvertakes) {
 TEST_F(ContainerOperationsTest, AFolderThatVanishesIsAnErrorWithItsToken) {
     launchAndGetReady();
     const auto listing = browse();
-    std::filesystem::remove_all(root().appending("things").filesystemPath());
+    std::filesystem::remove_all(at("things").filesystemPath());
     post({{"type", "container-refresh"}, {"token", token(listing)}});
     const auto error = await("error");
     EXPECT_THAT(error, HasText("name", "things"));
@@ -123,7 +123,7 @@ TEST_F(ContainerOperationsTest, AFolderThatVanishesIsAnErrorWithItsToken) {
 
 TEST_F(ContainerOperationsTest, WorkForADelegateThatIsGoneIsDropped) {
     launchAndGetReady();
-    page().drop({root().appending("things")});
+    page().drop({at("things")});
     delegate_.reset();
     settle();
 }

@@ -11,7 +11,7 @@
 namespace quillmere {
 
 /// The delegate on a platform in memory, driven like a user and a page would.
-class DelegateTest : public Sandbox {
+class DelegateTest : public testing::Test, protected tests::Sandbox {
 protected:
     DelegateTest() {
         write("Quillmere.app/Contents/Resources/app/index.html", "<!doctype html>");
@@ -71,10 +71,14 @@ protected:
 
     static int64_t requestId(const JsonObject& message) { return message.at("requestId").as_int64(); }
 
-    void installLibreOffice() {
-        const FileUrl soffice = write("soffice", "#!/bin/sh\nexit 1\n");
-        std::filesystem::permissions(soffice.filesystemPath(), std::filesystem::perms::owner_all);
+    /// The body with which an address is answered.
+    std::string fetched(const std::string& path) {
+        const auto task = page().fetch({.url = "quillmere://app" + path, .method = "GET", .range = {}});
+        EXPECT_TRUE(desktop_.executors.main().runUntil([&] { return task->isOver(); }));
+        return task->body;
     }
+
+    void installLibreOffice() { writeProgram("soffice", "#!/bin/sh\nexit 1\n"); }
 
     platform::HeadlessPlatform desktop_{root()};
     platform::Confinement confinement_{platform::Confinement::Mode::limitsOnly};
@@ -82,8 +86,8 @@ protected:
         std::make_shared<FilePreparation>(FilePreparation::Tools{.images = desktop_.images,
                                                                  .exporter = desktop_.mediaExporter,
                                                                  .confinement = confinement_,
-                                                                 .libreOfficeCandidates = {root().appending("soffice")},
-                                                                 .ffmpegCandidates = {root().appending("ffmpeg")}});
+                                                                 .libreOfficeCandidates = {at("soffice")},
+                                                                 .ffmpegCandidates = {at("ffmpeg")}});
     std::shared_ptr<QuillmereDelegate> delegate_;
 };
 

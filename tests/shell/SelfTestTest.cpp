@@ -2,12 +2,14 @@
 #include "platform/headless/HeadlessServices.h"
 #include "tests/support/Sandbox.h"
 
+#include <gtest/gtest.h>
+
 namespace quillmere {
 namespace {
 
-class SelfTestTest : public Sandbox {
+class SelfTestTest : public testing::Test, protected tests::Sandbox {
 protected:
-    platform::HeadlessBundle bundle_{root().appending("Quillmere.app")};
+    platform::HeadlessBundle bundle_{at("Quillmere.app")};
     platform::HeadlessImageCodec images_;
 };
 
@@ -18,28 +20,24 @@ TEST_F(SelfTestTest, TheBundlesIconsDecide) {
     const std::string undecodable =
         "Error Domain=Quillmere.SelfTest Code=2 \"A document icon could not be decoded.\"\n";
     const JsonObject good{{"CFBundleTypeIconFile", "good.png"}};
+    const auto icon = [](json::value name) { return JsonObject{{"CFBundleTypeIconFile", std::move(name)}}; };
+    const auto types = [](json::value list) { return JsonObject{{"CFBundleDocumentTypes", std::move(list)}}; };
     struct Row {
         const char* what;
         std::optional<JsonObject> properties;
         std::string error;
     };
     const Row rows[] = {
-        {"two good icons", JsonObject{{"CFBundleDocumentTypes", json::array{good, good}}}, ""},
-        {"no document types", JsonObject{{"CFBundleDocumentTypes", json::array{}}}, ""},
+        {"two good icons", types(json::array{good, good}), ""},
+        {"no document types", types(json::array{}), ""},
         {"no property list", std::nullopt, missing},
-        {"an empty property list", JsonObject{}, missing},
         {"no list of types", JsonObject{{"Other", 1}}, missing},
-        {"types that are no list", JsonObject{{"CFBundleDocumentTypes", "x"}}, missing},
-        {"a type that is no dictionary", JsonObject{{"CFBundleDocumentTypes", json::array{good, 1}}}, missing},
-        {"a type without an icon", JsonObject{{"CFBundleDocumentTypes", json::array{good, JsonObject{}}}}, undecodable},
-        {"an icon that is no text",
-         JsonObject{{"CFBundleDocumentTypes", json::array{JsonObject{{"CFBundleTypeIconFile", 1}}}}}, undecodable},
-        {"an icon that is missing",
-         JsonObject{{"CFBundleDocumentTypes", json::array{JsonObject{{"CFBundleTypeIconFile", "none.png"}}}}},
-         undecodable},
-        {"an icon that is no picture",
-         JsonObject{{"CFBundleDocumentTypes", json::array{JsonObject{{"CFBundleTypeIconFile", "bad.png"}}}}},
-         undecodable},
+        {"types that are no list", types("x"), missing},
+        {"a type that is no dictionary", types(json::array{good, 1}), missing},
+        {"a type without an icon", types(json::array{good, JsonObject{}}), undecodable},
+        {"an icon that is no text", types(json::array{icon(1)}), undecodable},
+        {"an icon that is missing", types(json::array{icon("none.png")}), undecodable},
+        {"an icon that is no picture", types(json::array{icon("bad.png")}), undecodable},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);

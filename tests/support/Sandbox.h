@@ -2,37 +2,62 @@
 
 #include "base/FileUrl.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
-namespace quillmere {
+namespace quillmere::tests {
 
-/// A fixture with a folder of its own, gone when the test ends.
-class Sandbox : public ::testing::Test {
-protected:
+/// A folder of the test's own, gone when the test ends.
+class Sandbox {
+public:
     Sandbox() : root_(make()) {}
-    ~Sandbox() override {
+    Sandbox(const Sandbox&) = delete;
+    Sandbox& operator=(const Sandbox&) = delete;
+    ~Sandbox() {
         std::error_code ignored;
         std::filesystem::remove_all(root_.filesystemPath(), ignored);
     }
 
     const FileUrl& root() const { return root_; }
+    FileUrl at(std::string_view relativePath) const { return root_.appending(relativePath); }
 
     FileUrl folder(std::string_view relativePath) const {
-        const FileUrl made = root_.appending(relativePath);
-        std::filesystem::create_directories(made.filesystemPath());
-        return made;
+        std::filesystem::create_directories(at(relativePath).filesystemPath());
+        return at(relativePath);
     }
 
     FileUrl write(std::string_view relativePath, std::string_view bytes = "content") const {
-        const FileUrl file = root_.appending(relativePath);
+        const FileUrl file = at(relativePath);
         std::filesystem::create_directories(file.parent().filesystemPath());
         std::ofstream(file.filesystemPath(), std::ios::binary) << bytes;
         return file;
+    }
+
+    FileUrl writeProgram(std::string_view relativePath, std::string_view script = "") const {
+        const FileUrl file = write(relativePath, script);
+        std::filesystem::permissions(file.filesystemPath(), std::filesystem::perms::owner_all);
+        return file;
+    }
+
+    static std::string read(const FileUrl& file) {
+        std::ifstream stream(file.filesystemPath(), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    /// The names in a folder, sorted.
+    std::vector<std::string> names(std::string_view relativePath = "") const {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(at(relativePath).filesystemPath()))
+            found.push_back(entry.path().filename().native());
+        std::ranges::sort(found);
+        return found;
     }
 
 private:
@@ -46,4 +71,4 @@ private:
     const FileUrl root_;
 };
 
-} // namespace quillmere
+} // namespace quillmere::tests

@@ -1,6 +1,6 @@
 #include "platform/common/Confinement.h"
 
-#include "tests/platform/common/Sandbox.h"
+#include "tests/support/Sandbox.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
@@ -47,8 +47,7 @@ TEST(Confinement, LeavesOnlyWhatWasGiven) {
     const FileUrl input = sandbox.write("in/- 100% of \xff.doc", "input");
     const FileUrl neighbour = sandbox.write("in/neighbour", "secret");
     const FileUrl plain = sandbox.write("in/plain", "input");
-    const FileUrl output = sandbox.at("out");
-    std::filesystem::create_directory(output.filesystemPath());
+    const FileUrl output = sandbox.folder("out");
     const Listener listener;
     const platform::ConfinedAccess access{.readable = {input, plain}, .writable = output};
     const struct {
@@ -86,12 +85,12 @@ TEST(Confinement, WithoutTheWallProgramsRunWithLimitsAndAMinimalEnvironment) {
     const Sandbox sandbox;
     platform::ProcessSpec spec{.executable = FileUrl(STAND_IN), .arguments = {"do:allocates=2000000000"}};
     spec.limits.addressSpace = 1'000'000'000;
-    spec = confinement.confine(spec, {.writable = sandbox.url()});
+    spec = confinement.confine(spec, {.writable = sandbox.root()});
     EXPECT_EQ(spec.executable, FileUrl(STAND_IN));
     EXPECT_EQ(ChildProcess(spec).wait().code, 7);
     EXPECT_EQ(spec.environment.value(),
               (std::vector<std::string>{"PATH=/usr/local/bin:/usr/bin:/bin", "LANG=C.UTF-8",
-                                        "HOME=" + sandbox.url().path(), "TMPDIR=" + sandbox.url().path()}));
+                                        "HOME=" + sandbox.root().path(), "TMPDIR=" + sandbox.root().path()}));
 }
 
 TEST(Confinement, LimitsHoldBehindTheWall) {

@@ -4,7 +4,7 @@
 #include "platform/common/TemporaryFolder.h"
 #include "platform/common/ThreadPool.h"
 #include "platform/common/UserFolders.h"
-#include "tests/platform/common/Sandbox.h"
+#include "tests/support/Sandbox.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -86,7 +86,7 @@ TEST(FolderBundle, ReadsItsPropertyList) {
     EXPECT_EQ(bundle.identifier(), std::nullopt);
     EXPECT_EQ(bundle.propertyList(), std::nullopt);
     EXPECT_EQ(bundle.resources(), std::nullopt);
-    std::filesystem::create_directories(sandbox.at("Quillmere.app/Contents/Resources").path());
+    sandbox.folder("Quillmere.app/Contents/Resources");
     sandbox.write(
         "Quillmere.app/Contents/Info.plist",
         "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>CFBundleIdentifier</key><string>a.b</string>"
@@ -101,15 +101,10 @@ TEST(FolderBundle, ReadsItsPropertyList) {
 }
 
 TEST(UserFolders, FollowTheEnvironment) {
-    const char* variables[]{"HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME"};
-    std::map<std::string, std::optional<std::string>> before;
-    for (const char* variable : variables) {
-        const char* value = std::getenv(variable);
-        before[variable] = value ? std::optional<std::string>(value) : std::nullopt;
-        ::unsetenv(variable);
-    }
     ::setenv("HOME", "/home/somebody", 1);
     ::setenv("XDG_DATA_HOME", "relative/is/ignored", 1);
+    ::unsetenv("XDG_CACHE_HOME");
+    ::unsetenv("XDG_CONFIG_HOME");
     EXPECT_EQ(platform::userDirectories().home, FileUrl("/home/somebody"));
     EXPECT_EQ(platform::userDirectories().caches, FileUrl("/home/somebody/.cache"));
     EXPECT_EQ(platform::userDirectories().applicationSupport, FileUrl("/home/somebody/.local/share"));
@@ -118,8 +113,6 @@ TEST(UserFolders, FollowTheEnvironment) {
     ::setenv("XDG_CONFIG_HOME", "/settings", 1);
     EXPECT_EQ(platform::userDirectories().caches, FileUrl("/elsewhere"));
     EXPECT_EQ(platform::userDefaultsFile(), FileUrl("/settings/app.quillmere.viewer.plist"));
-    for (const auto& [variable, value] : before)
-        value ? ::setenv(variable.c_str(), value->c_str(), 1) : ::unsetenv(variable.c_str());
 }
 
 TEST(TemporaryFolder, GoesWithItsLastReferenceOrAtTheEndOfTheProgram) {

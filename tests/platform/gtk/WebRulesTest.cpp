@@ -1,38 +1,29 @@
 #include "platform/gtk/MediaResolver.h"
 #include "platform/gtk/WebViewBridge.h"
+#include "tests/support/Sandbox.h"
 
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 namespace quillmere::platform::gtk {
 namespace {
 
-namespace fs = std::filesystem;
-
 TEST(MediaResolver, OpensRegularFilesOnly) {
-    std::string folder = fs::temp_directory_path() / "quillmere-test-XXXXXX";
-    ASSERT_NE(::mkdtemp(folder.data()), nullptr);
-    const fs::path base = folder;
-    std::ofstream(base / "film.mp4") << "content";
-    fs::create_symlink(base / "film.mp4", base / "link.mp4");
-    fs::create_directory(base / "folder.mp4");
-    ASSERT_EQ(::mkfifo((base / "pipe.mp4").c_str(), 0600), 0);
-    const std::pair<fs::path, bool> rows[] = {
-        {base / "film.mp4", true},  {base / "link.mp4", true},  {base / "folder.mp4", false},
-        {base / "pipe.mp4", false}, {base / "none.mp4", false}, {"/dev/zero", false},
-    };
-    for (const auto& [path, opens] : rows) {
-        const auto file = MediaResolver::openMedia(FileUrl(path));
-        EXPECT_EQ(static_cast<bool>(file), opens) << path;
-        if (file) {
-            EXPECT_EQ(::fcntl(file.get(), F_GETFL) & O_ACCMODE, O_RDONLY) << path;
-            EXPECT_NE(::fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0) << path;
-        }
+    const tests::Sandbox sandbox;
+    const FileUrl film = sandbox.write("film.mp4");
+    const FileUrl link = sandbox.at("link.mp4");
+    std::filesystem::create_symlink(film.path(), link.path());
+    const FileUrl pipe = sandbox.at("pipe.mp4");
+    ASSERT_EQ(::mkfifo(pipe.path().c_str(), 0600), 0);
+    for (const auto& openable : {film, link}) {
+        const auto file = MediaResolver::openMedia(openable);
+        ASSERT_TRUE(file) << openable.path();
+        EXPECT_EQ(::fcntl(file.get(), F_GETFL) & O_ACCMODE, O_RDONLY);
+        EXPECT_NE(::fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0);
     }
-    fs::remove_all(base);
+    for (const auto& other : {sandbox.folder("folder.mp4"), pipe, sandbox.at("none.mp4"), FileUrl("/dev/zero")})
+        EXPECT_FALSE(MediaResolver::openMedia(other)) << other.path();
 }
 
 TEST(WebViewBridge, TakesJsonTextWithinItsLimits) {
