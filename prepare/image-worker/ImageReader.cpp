@@ -70,6 +70,15 @@ VipsImageRef loadFile(std::string_view head, const std::string& path) {
 
 } // namespace
 
+bool openDecoders(const char* program) {
+    if (vips_init(program) != 0)
+        return false;
+    vips_block_untrusted_set(TRUE);
+    vips_operation_block_set("VipsForeignLoadJp2k", FALSE);
+    vips_cache_set_max(0);
+    return true;
+}
+
 void requireSize(std::uint64_t width, std::uint64_t height) {
     if (width == 0 || height == 0 || width > maximumPixels || height > maximumPixels / width)
         throw UnreadableImage();

@@ -22,6 +22,10 @@ struct ObjectDeleter {
 };
 using VipsImageRef = std::unique_ptr<VipsImage, ObjectDeleter>;
 
+/// Makes the decoders ready, once, before anything is read. False when they cannot work. Those that their makers do not
+/// trust with hostile files stay shut, but for the one that we need.
+bool openDecoders(const char* program);
+
 /// An image, its pixels decoded as they are asked for, and the memory that it reads from (none when it reads a file).
 struct Image {
     std::shared_ptr<const void> memory;

@@ -22,7 +22,10 @@ constexpr size_t maximumProfile = 16 << 20;
 /// Big-endian numbers from a file; past its end, UnreadableImage.
 class Source {
 public:
-    explicit Source(const std::string& path) : file_(path, std::ios::binary) {}
+    explicit Source(const std::string& path) : file_(path, std::ios::binary | std::ios::ate) {
+        size_ = position();
+        moveTo(0);
+    }
 
     void read(unsigned char* bytes, size_t count) {
         if (!file_.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count)))
@@ -43,8 +46,16 @@ public:
             throw UnreadableImage();
     }
 
+    /// Before memory is taken for them: a file may claim much and hold little.
+    void requireMore(std::uint64_t count) {
+        const auto here = position();
+        if (here > size_ || count > size_ - here)
+            throw UnreadableImage();
+    }
+
 private:
     std::ifstream file_;
+    std::uint64_t size_ = 0;
 };
 
 struct Header {
@@ -153,7 +164,7 @@ void unpackRow(const Bytes& packed, Bytes& row) {
     while (out < row.size()) {
         if (at + 1 >= packed.size())
             throw UnreadableImage();
-        const int code = static_cast<signed char>(packed[at++]);
+        const int code = static_cast<std::int8_t>(packed[at++]);
         if (code == -128)
             continue;
         if (code >= 0) {
@@ -172,34 +183,51 @@ void unpackRow(const Bytes& packed, Bytes& row) {
     }
 }
 
-/// The rows of all channels, in the order of the file.
+/// The rows of the first channels, in the order of the file, which is long enough to hold them.
 class Rows {
 public:
-    Rows(Source& source, const Header& header) : source_(source), row_(header.rowBytes()) {
+    Rows(Source& source, const Header& header, unsigned channels) : source_(source) {
         const auto coding = static_cast<Coding>(source.number<std::uint16_t>());
-        if (coding != Coding::plain && coding != Coding::runLength)
+        const std::uint64_t count = std::uint64_t{channels} * header.height;
+        if (coding == Coding::runLength)
+            readLengths(header, count);
+        else if (coding == Coding::plain)
+            source.requireMore(count * header.rowBytes());
+        else
             throw UnreadableImage();
-        if (coding == Coding::runLength) {
-            lengths_.resize(size_t{header.channels} * header.height);
-            for (auto& length : lengths_)
-                length = header.isLarge ? source.number<std::uint32_t>() : source.number<std::uint16_t>();
-        }
+        row_.resize(header.rowBytes());
     }
     const Bytes& next() {
         if (lengths_.empty()) {
             source_.read(row_.data(), row_.size());
             return row_;
         }
-        const size_t length = lengths_[next_++];
-        if (length > 2 * row_.size() + 16)
-            throw UnreadableImage();
-        packed_.resize(length);
-        source_.read(packed_.data(), length);
+        packed_.resize(lengths_[next_++]);
+        source_.read(packed_.data(), packed_.size());
         unpackRow(packed_, row_);
         return row_;
     }
 
 private:
+    void readLengths(const Header& header, std::uint64_t count) {
+        const std::uint64_t lengthBytes = header.isLarge ? 4 : 2;
+        const std::uint64_t rowBytes = header.rowBytes();
+        const auto table = source_.position();
+        const std::uint64_t tableBytes = std::uint64_t{header.channels} * header.height * lengthBytes;
+        source_.requireMore(tableBytes);
+        lengths_.resize(count);
+        std::uint64_t total = 0;
+        for (auto& length : lengths_) {
+            length = header.isLarge ? source_.number<std::uint32_t>() : source_.number<std::uint16_t>();
+            // Two bytes stand for 128 at most.
+            if (length < rowBytes / 64 || length > 2 * rowBytes + 16)
+                throw UnreadableImage();
+            total += length;
+        }
+        source_.moveTo(table + tableBytes);
+        source_.requireMore(total);
+    }
+
     Source& source_;
     Bytes row_;
     Bytes packed_;
@@ -220,7 +248,7 @@ unsigned char sampleAt(const Bytes& row, size_t x, unsigned depth) {
         const float light = std::bit_cast<float>(bits);
         if (!(light > 0))
             return 0;
-        return static_cast<unsigned char>(255.0F * std::pow(std::min(light, 1.0F), 1 / 2.2F) + 0.5F);
+        return static_cast<unsigned char>(std::lround(255.0F * std::pow(std::min(light, 1.0F), 1 / 2.2F)));
     }
     default:
         return row[x];
@@ -228,7 +256,7 @@ unsigned char sampleAt(const Bytes& row, size_t x, unsigned depth) {
 }
 
 Bytes readSamples(Source& source, const Header& header, unsigned bands) {
-    Rows rows(source, header);
+    Rows rows(source, header, bands);
     Bytes samples(size_t{header.width} * header.height * bands);
     for (unsigned channel = 0; channel < bands; ++channel)
         for (size_t y = 0; y < header.height; ++y) {

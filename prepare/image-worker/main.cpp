@@ -19,13 +19,6 @@ int status(ImageWorkerExit exit) {
     return static_cast<int>(exit);
 }
 
-/// Loaders that their makers do not trust with hostile files stay shut, but for the one that we need.
-void openOnlyWhatIsNeeded() {
-    vips_block_untrusted_set(TRUE);
-    vips_operation_block_set("VipsForeignLoadJp2k", FALSE);
-    vips_cache_set_max(0);
-}
-
 int convert(const std::string& input, const std::string& output, int longestSide) {
     try {
         const auto image = quillmere::images::openImage(input);
@@ -50,9 +43,8 @@ int main(int count, char** values) {
         return 2;
     // A file past its limit is a failed write, not the end of the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    if (vips_init(values[0]) != 0)
+    if (!quillmere::images::openDecoders(values[0]))
         return status(ImageWorkerExit::unreadable);
-    openOnlyWhatIsNeeded();
     // Without the clean-up of every library, which takes longer than a small image.
     ::_exit(convert(values[1], values[2], longestSide));
 }
