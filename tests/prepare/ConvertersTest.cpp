@@ -36,12 +36,16 @@ protected:
     platform::Confinement confinement;
     platform::WorkerImageCodec images{FileUrl(IMAGE_WORKER), confinement};
     platform::NullMediaExporter exporter;
+    platform::Confinement limited{platform::Confinement::Mode::limitsOnly};
     const FilePreparation preparation{{.images = images, .exporter = exporter, .confinement = confinement}};
+    const FilePreparation unwalled{{.images = images, .exporter = exporter, .confinement = limited}};
 };
 
 TEST_F(ConvertersTest, AnyNameAndNoDocument) {
     const FileUrl odd = sandbox.write("-- 100% \xff \xf0\x9f\x8e\xac.rtf", R"({\rtf1\ansi A letter\par})");
     EXPECT_TRUE(Sandbox::read(prepare(odd).file).starts_with("%PDF-"));
+    std::filesystem::remove_all(cache.filesystemPath());
+    EXPECT_TRUE(Sandbox::read(unwalled.prepare(odd, cache).file).starts_with("%PDF-"));
     const FileUrl broken = sandbox.write("broken.docx", std::string("PK\3\4") + std::string(100, '\xff'));
     EXPECT_EQ(prepare(broken), (PreparedFile{broken, "docx"}));
     expectNothingLeft(1);
@@ -75,8 +79,6 @@ TEST_F(ConvertersTest, PlaylistsUnderAFilmsNameLeadNowhere) {
         "plain text",
         "",
     };
-    const platform::Confinement limited(platform::Confinement::Mode::limitsOnly);
-    const FilePreparation unwalled({.images = images, .exporter = exporter, .confinement = limited});
     for (const auto& contents : rows) {
         SCOPED_TRACE(contents);
         const FileUrl film = sandbox.write("film.avi", contents);

@@ -183,27 +183,24 @@ TEST_F(FilePreparationTest, ImagesFailAsTheCodecSays) {
     EXPECT_THAT(cacheNames(), IsEmpty());
 }
 
-TEST_F(FilePreparationTest, LibreOfficeGetsItsArgumentsWhateverTheName) {
-    for (const auto* confinement : {&walled, &limited})
-        for (const char* name : {"Report.final.docx", "-dash --norestore.docx", "100% of it.docx", "\xff\xe4.docx"}) {
-            SCOPED_TRACE(name);
-            const FileUrl file = sandbox.write(name, "write");
-            std::filesystem::remove_all(cache.filesystemPath());
-            const PreparedFile prepared = preparation(*confinement).prepare(file, cache);
-            std::istringstream written(Sandbox::read(prepared.file));
-            std::vector<std::string> arguments;
-            for (std::string line; std::getline(written, line);)
-                arguments.push_back(line);
-            ASSERT_EQ(arguments.size(), 8U);
-            const FileUrl work{arguments[6]};
-            EXPECT_EQ(work.parent(), cache);
-            EXPECT_TRUE(isUuid(work.lastPathComponent()));
-            const FileUrl handedOver = isValidUtf8(name) ? file : work.appending("document.docx");
-            EXPECT_THAT(arguments,
-                        ElementsAre("-env:UserInstallation=" + work.appending("profile").uri(), "--headless",
-                                    "--norestore", "--convert-to", "pdf", "--outdir", work.path(), handedOver.path()));
-            EXPECT_THAT(cacheNames(), ElementsAre(result(file, "pdf").lastPathComponent()));
-        }
+TEST_F(FilePreparationTest, LibreOfficeGetsItsArguments) {
+    // A name that is no UTF-8 cannot be told to LibreOffice: it gets a link of another name.
+    for (const std::string name : {"-dash 100%.docx", "\xff\xe4.docx"}) {
+        const FileUrl file = sandbox.write(name, "write");
+        const PreparedFile prepared = prepare(file);
+        std::istringstream written(Sandbox::read(prepared.file));
+        std::vector<std::string> arguments;
+        for (std::string line; std::getline(written, line);)
+            arguments.push_back(line);
+        ASSERT_EQ(arguments.size(), 8U);
+        const FileUrl work{arguments[6]};
+        EXPECT_EQ(work.parent(), cache);
+        const FileUrl handedOver = isValidUtf8(name) ? file : work.appending("document.docx");
+        EXPECT_THAT(arguments,
+                    ElementsAre("-env:UserInstallation=" + work.appending("profile").uri(), "--headless", "--norestore",
+                                "--convert-to", "pdf", "--outdir", work.path(), handedOver.path()));
+    }
+    EXPECT_EQ(cacheNames().size(), 2U);
 }
 
 TEST_F(FilePreparationTest, FfmpegGetsItsArguments) {

@@ -3,7 +3,7 @@
 namespace quillmere {
 namespace {
 
-class ContainerOperationsTest : public DelegateTest {
+class ContainerOperationsTest : public ReadyDelegateTest {
 protected:
     ContainerOperationsTest() {
         folder("things/inner");
@@ -32,7 +32,6 @@ protected:
 };
 
 TEST_F(ContainerOperationsTest, AFolderIsListed) {
-    launchAndGetReady();
     const auto listing = browse();
     EXPECT_EQ(received("busy").at(0), (JsonObject{{"type", "busy"}, {"name", "things"}, {"requestId", 1}}));
     EXPECT_THAT(listing, HasText("kind", "container"));
@@ -43,7 +42,6 @@ TEST_F(ContainerOperationsTest, AFolderIsListed) {
 }
 
 TEST_F(ContainerOperationsTest, DocumentsKeepTheirContainer) {
-    launchAndGetReady();
     const auto listing = browse();
     openEntry(listing, "note.txt");
     const auto open = await("open", 2);
@@ -63,18 +61,7 @@ TEST_F(ContainerOperationsTest, DocumentsKeepTheirContainer) {
     EXPECT_FALSE(window().content->find("preview"));
 }
 
-TEST_F(ContainerOperationsTest, DownAndUp) {
-    launchAndGetReady();
-    openEntry(browse(), "inner");
-    const auto inner = await("open", 2);
-    EXPECT_NE(idOf(inner, "deep.txt"), "");
-    EXPECT_EQ(window().representedFile, at("things"));
-    post({{"type", "container-up"}, {"token", token(inner)}});
-    EXPECT_NE(idOf(await("open", 3), "note.txt"), "");
-}
-
 TEST_F(ContainerOperationsTest, OnlyTheCurrentTokenCounts) {
-    launchAndGetReady();
     post({{"type", "container-up"}, {"token", "none yet"}});
     const auto listing = browse();
     for (const auto* type : {"container-open", "container-up", "container-refresh"}) {
@@ -93,7 +80,6 @@ TEST_F(ContainerOperationsTest, OnlyTheCurrentTokenCounts) {
 }
 
 TEST_F(ContainerOperationsTest, ANewerRequestOvertakes) {
-    launchAndGetReady();
     const auto listing = browse();
     openEntry(listing, "note.txt");
     openEntry(listing, "inner");
@@ -111,7 +97,6 @@ TEST_F(ContainerOperationsTest, ANewerRequestOvertakes) {
 }
 
 TEST_F(ContainerOperationsTest, AFolderThatVanishesIsAnErrorWithItsToken) {
-    launchAndGetReady();
     const auto listing = browse();
     std::filesystem::remove_all(at("things").filesystemPath());
     post({{"type", "container-refresh"}, {"token", token(listing)}});
@@ -122,7 +107,6 @@ TEST_F(ContainerOperationsTest, AFolderThatVanishesIsAnErrorWithItsToken) {
 }
 
 TEST_F(ContainerOperationsTest, WorkForADelegateThatIsGoneIsDropped) {
-    launchAndGetReady();
     page().drop({at("things")});
     delegate_.reset();
     settle();

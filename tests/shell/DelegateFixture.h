@@ -91,6 +91,12 @@ protected:
     std::shared_ptr<QuillmereDelegate> delegate_;
 };
 
+/// The same, with a page that has said that it is ready.
+class ReadyDelegateTest : public DelegateTest {
+protected:
+    void SetUp() override { launchAndGetReady(); }
+};
+
 MATCHER_P2(HasText, key, text, "") {
     return stringField(arg, key) == text;
 }

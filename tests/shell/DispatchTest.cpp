@@ -3,28 +3,9 @@
 namespace quillmere {
 namespace {
 
-class DispatchTest : public DelegateTest {};
-
-TEST_F(DispatchTest, ReadyIsAnsweredEachTime) {
-    launch();
-    post({{"type", "ready"}});
-    EXPECT_EQ(page().scripts.size(), 2U);
-    EXPECT_TRUE(page().scripts[0].starts_with("window.Quillmere?.receive({"));
-    EXPECT_TRUE(page().scripts[1].starts_with("window.Quillmere?.applyPlatformPreferences({"));
-    const auto init = received("init").at(0);
-    EXPECT_EQ(init, (JsonObject{{"type", "init"},
-                                {"maximized", false},
-                                {"platform", "macos"},
-                                {"showDefaultPrompt", false},
-                                {"office", "quicklook"}}));
-    installLibreOffice();
-    post({{"type", "ready"}});
-    EXPECT_EQ(received("init").size(), 2U);
-    EXPECT_THAT(received("init").back(), HasText("office", "libreoffice"));
-}
+class DispatchTest : public ReadyDelegateTest {};
 
 TEST_F(DispatchTest, CancellingAlwaysAnswersAndDropsTheWork) {
-    launchAndGetReady();
     post({{"type", "cancel-preview"}});
     const auto idle = received("error").at(0);
     EXPECT_EQ(idle, (JsonObject{{"type", "error"}, {"message", "Preview cancelled."}, {"requestId", 1}}));
@@ -37,7 +18,6 @@ TEST_F(DispatchTest, CancellingAlwaysAnswersAndDropsTheWork) {
 }
 
 TEST_F(DispatchTest, TheClipboard) {
-    launchAndGetReady();
     const std::string full(16'777'216, 'x');
     struct Row {
         const char* what;
@@ -74,7 +54,6 @@ TEST_F(DispatchTest, TheClipboard) {
 }
 
 TEST_F(DispatchTest, Samples) {
-    launchAndGetReady();
     post({{"type", "open-sample"}, {"name", "../../elsewhere/note.txt"}});
     const auto open = await("open");
     EXPECT_THAT(open, HasText("name", "note.txt"));
@@ -89,17 +68,7 @@ TEST_F(DispatchTest, Samples) {
     EXPECT_EQ(received("busy").size(), 1U);
 }
 
-TEST_F(DispatchTest, MessagesFromElsewhereDoNothing) {
-    launch();
-    const json::value ready = JsonObject{{"type", "ready"}};
-    page().post({.body = ready, .mainFrame = false, .frameUrl = "quillmere://app/index.html"});
-    page().post({.body = ready, .mainFrame = true, .frameUrl = "https://example.org/"});
-    page().post("ready");
-    EXPECT_THAT(page().scripts, testing::IsEmpty());
-}
-
 TEST_F(DispatchTest, ACopyThatIsNotInstalledSaysSo) {
-    launchAndGetReady();
     post({{"type", "default-apps"}});
     post({{"type", "uninstall"}});
     ASSERT_EQ(desktop_.dialogs.alerts.size(), 2U);

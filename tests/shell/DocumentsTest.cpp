@@ -5,10 +5,9 @@
 namespace quillmere {
 namespace {
 
-class DocumentsTest : public DelegateTest {};
+class DocumentsTest : public ReadyDelegateTest {};
 
 TEST_F(DocumentsTest, AFileIsGrantedAndServed) {
-    launchAndGetReady();
     page().drop({write("Report.TXT", "12345")});
     EXPECT_EQ(received("busy").at(0), (JsonObject{{"type", "busy"}, {"name", "Report.TXT"}, {"requestId", 1}}));
     const auto open = await("open");
@@ -24,7 +23,6 @@ TEST_F(DocumentsTest, AFileIsGrantedAndServed) {
 }
 
 TEST_F(DocumentsTest, OnlyTheLastOfTwoIsShown) {
-    launchAndGetReady();
     page().drop({write("a.txt")});
     page().drop({write("b.txt")});
     settle();
@@ -33,21 +31,7 @@ TEST_F(DocumentsTest, OnlyTheLastOfTwoIsShown) {
     EXPECT_EQ(requestId(received("open").at(0)), 2);
 }
 
-TEST_F(DocumentsTest, BeforeThePageIsReadyTheLastFileWaits) {
-    launch();
-    page().drop({write("a.txt")});
-    page().drop({write("b.txt")});
-    settle();
-    EXPECT_THAT(page().scripts, testing::IsEmpty());
-    post({{"type", "ready"}});
-    EXPECT_THAT(await("open"), HasText("name", "b.txt"));
-    EXPECT_THAT(page().messages().at(0), HasText("type", "init"));
-    settle();
-    EXPECT_EQ(received("open").size(), 1U);
-}
-
 TEST_F(DocumentsTest, WhatIsGoneIsAnError) {
-    launchAndGetReady();
     page().drop({at("gone.txt")});
     EXPECT_EQ(received("error").at(0),
               (JsonObject{{"type", "error"},
@@ -58,7 +42,6 @@ TEST_F(DocumentsTest, WhatIsGoneIsAnError) {
 }
 
 TEST_F(DocumentsTest, WhatIsNoFileIsRefusedNotWaitedFor) {
-    launchAndGetReady();
     const FileUrl pipe = at("pipe.pdf");
     ASSERT_EQ(::mkfifo(pipe.path().c_str(), 0600), 0);
     page().drop({pipe});
@@ -68,7 +51,6 @@ TEST_F(DocumentsTest, WhatIsNoFileIsRefusedNotWaitedFor) {
 }
 
 TEST_F(DocumentsTest, OldOfficeFilesGoToTheNativePreview) {
-    launchAndGetReady();
     const FileUrl file = write("report.DOC");
     page().drop({file});
     EXPECT_EQ(received("error").at(0),
@@ -95,7 +77,6 @@ TEST_F(DocumentsTest, OldOfficeFilesGoToTheNativePreview) {
 
 TEST_F(DocumentsTest, AMediaFileIsConvertedOnceWhenThePageCannotPlayIt) {
     writeProgram("ffmpeg", "#!/bin/sh\nfor last; do :; done; echo film > \"$last\"\n");
-    launchAndGetReady();
     page().drop({write("clip.webm", "\x1A\x45\xDF\xA3 codec of the day")});
     const auto open = await("open");
     const auto url = *stringField(open, "url");
@@ -122,7 +103,6 @@ TEST_F(DocumentsTest, AMediaFileIsConvertedOnceWhenThePageCannotPlayIt) {
 }
 
 TEST_F(DocumentsTest, AFailedConversionEndsTheRequestWithoutAName) {
-    launchAndGetReady();
     page().drop({write("clip.webm")});
     const auto url = *stringField(await("open"), "url");
     post({{"type", "transcode-media"}, {"url", url}, {"isAudio", "yes"}});

@@ -97,5 +97,72 @@ TEST_F(LaunchTest, FilesHandedOverWinOverTheCommandLine) {
     EXPECT_EQ(delegate_->applicationOpenFiles({}), platform::OpenReply::success);
 }
 
+TEST_F(LaunchTest, APageThatCannotBeLoadedIsToldOnce) {
+    launch();
+    page().failProvisionalNavigation("The file is gone.");
+    EXPECT_FALSE(window().content->find("startup-loading"));
+    ASSERT_EQ(desktop_.dialogs.alerts.size(), 1U);
+    EXPECT_EQ(desktop_.dialogs.alerts[0].message, "Quillmere could not start its viewer");
+    EXPECT_EQ(desktop_.dialogs.alerts[0].informative, "The file is gone.");
+}
+
+TEST_F(LaunchTest, WindowEventsReachAReadyPageOnly) {
+    launch();
+    window().setKey(false);
+    window().toggleFullScreen();
+    post({{"type", "ready"}});
+    EXPECT_EQ(received("state").size() + received("active").size(), 0U);
+    EXPECT_TRUE(received("init").at(0).at("maximized").as_bool());
+
+    window().setKey(true);
+    EXPECT_TRUE(received("active").back().at("value").as_bool());
+    window().setKey(false);
+    EXPECT_FALSE(received("active").back().at("value").as_bool());
+    post({{"type", "max"}});
+    EXPECT_FALSE(received("state").back().at("maximized").as_bool());
+    post({{"type", "max"}});
+    EXPECT_TRUE(received("state").back().at("maximized").as_bool());
+}
+
+TEST_F(LaunchTest, BeforeThePageIsReadyTheLastFileWaits) {
+    launch();
+    page().drop({write("a.txt")});
+    page().drop({write("b.txt")});
+    settle();
+    EXPECT_THAT(page().scripts, testing::IsEmpty());
+    post({{"type", "ready"}});
+    EXPECT_THAT(await("open"), HasText("name", "b.txt"));
+    EXPECT_THAT(page().messages().at(0), HasText("type", "init"));
+    settle();
+    EXPECT_EQ(received("open").size(), 1U);
+}
+
+TEST_F(LaunchTest, ReadyIsAnsweredEachTime) {
+    launch();
+    post({{"type", "ready"}});
+    EXPECT_EQ(page().scripts.size(), 2U);
+    EXPECT_TRUE(page().scripts[0].starts_with("window.Quillmere?.receive({"));
+    EXPECT_TRUE(page().scripts[1].starts_with("window.Quillmere?.applyPlatformPreferences({"));
+    const auto init = received("init").at(0);
+    EXPECT_EQ(init, (JsonObject{{"type", "init"},
+                                {"maximized", false},
+                                {"platform", "macos"},
+                                {"showDefaultPrompt", false},
+                                {"office", "quicklook"}}));
+    installLibreOffice();
+    post({{"type", "ready"}});
+    EXPECT_EQ(received("init").size(), 2U);
+    EXPECT_THAT(received("init").back(), HasText("office", "libreoffice"));
+}
+
+TEST_F(LaunchTest, MessagesFromElsewhereDoNothing) {
+    launch();
+    const json::value ready = JsonObject{{"type", "ready"}};
+    page().post({.body = ready, .mainFrame = false, .frameUrl = "quillmere://app/index.html"});
+    page().post({.body = ready, .mainFrame = true, .frameUrl = "https://example.org/"});
+    page().post("ready");
+    EXPECT_THAT(page().scripts, testing::IsEmpty());
+}
+
 } // namespace
 } // namespace quillmere

@@ -6,10 +6,9 @@ namespace {
 using platform::DragOperation;
 using platform::NavigationDecision;
 
-class WindowHostTest : public DelegateTest {};
+class WindowHostTest : public ReadyDelegateTest {};
 
 TEST_F(WindowHostTest, DropsOpenTheFirstFileOnly) {
-    launchAndGetReady();
     EXPECT_EQ(page().drag({}), DragOperation::none);
     EXPECT_FALSE(page().drop({}));
     const FileUrl file = write("a.txt");
@@ -24,7 +23,6 @@ TEST_F(WindowHostTest, DropsOpenTheFirstFileOnly) {
 }
 
 TEST_F(WindowHostTest, EveryWayToTheOpenPanel) {
-    launchAndGetReady();
     view::press(*window().content->find("folder"));
     ASSERT_TRUE(desktop_.application.choose("Open…"));
     post({{"type", "open-dialog"}});
@@ -41,7 +39,6 @@ TEST_F(WindowHostTest, EveryWayToTheOpenPanel) {
 }
 
 TEST_F(WindowHostTest, APanelMayOutliveTheDelegate) {
-    launchAndGetReady();
     post({{"type", "open-dialog"}});
     post({{"type", "pick-background"}});
     delegate_.reset();
@@ -52,41 +49,12 @@ TEST_F(WindowHostTest, APanelMayOutliveTheDelegate) {
 }
 
 TEST_F(WindowHostTest, NavigationStaysOnThePage) {
-    launch();
     EXPECT_EQ(page().navigate("quillmere://app/any/path"), NavigationDecision::allow);
     EXPECT_EQ(page().navigate("https://example.org/"), NavigationDecision::cancel);
     EXPECT_EQ(page().navigate(std::nullopt), NavigationDecision::cancel);
 }
 
-TEST_F(WindowHostTest, APageThatCannotBeLoadedIsToldOnce) {
-    launch();
-    page().failProvisionalNavigation("The file is gone.");
-    EXPECT_FALSE(window().content->find("startup-loading"));
-    ASSERT_EQ(desktop_.dialogs.alerts.size(), 1U);
-    EXPECT_EQ(desktop_.dialogs.alerts[0].message, "Quillmere could not start its viewer");
-    EXPECT_EQ(desktop_.dialogs.alerts[0].informative, "The file is gone.");
-}
-
-TEST_F(WindowHostTest, WindowEventsReachAReadyPageOnly) {
-    launch();
-    window().setKey(false);
-    window().toggleFullScreen();
-    post({{"type", "ready"}});
-    EXPECT_EQ(received("state").size() + received("active").size(), 0U);
-    EXPECT_TRUE(received("init").at(0).at("maximized").as_bool());
-
-    window().setKey(true);
-    EXPECT_TRUE(received("active").back().at("value").as_bool());
-    window().setKey(false);
-    EXPECT_FALSE(received("active").back().at("value").as_bool());
-    post({{"type", "max"}});
-    EXPECT_FALSE(received("state").back().at("maximized").as_bool());
-    post({{"type", "max"}});
-    EXPECT_TRUE(received("state").back().at("maximized").as_bool());
-}
-
 TEST_F(WindowHostTest, ReopenAndClose) {
-    launchAndGetReady();
     const int before = window().ordersFront;
     EXPECT_TRUE(delegate_->applicationShouldHandleReopen(true));
     EXPECT_EQ(window().ordersFront, before + 1);
@@ -99,7 +67,6 @@ TEST_F(WindowHostTest, ReopenAndClose) {
 }
 
 TEST_F(WindowHostTest, ADeadPageComesBackWithItsDocument) {
-    launchAndGetReady();
     page().drop({write("doc.txt", "12345")});
     const auto before = await("open");
     page().crash();
@@ -117,7 +84,6 @@ TEST_F(WindowHostTest, ADeadPageComesBackWithItsDocument) {
 
 TEST_F(WindowHostTest, ADeadPageComesBackWithItsListing) {
     folder("things/inner");
-    launchAndGetReady();
     page().drop({at("things")});
     const auto listing = await("open");
     page().crash();
@@ -130,7 +96,6 @@ TEST_F(WindowHostTest, ADeadPageComesBackWithItsListing) {
 }
 
 TEST_F(WindowHostTest, AFileThatWaitedWinsOverTheOneShown) {
-    launchAndGetReady();
     page().drop({write("shown.txt")});
     await("open");
     page().crash();
@@ -143,7 +108,6 @@ TEST_F(WindowHostTest, AFileThatWaitedWinsOverTheOneShown) {
 }
 
 TEST_F(WindowHostTest, WorkForADeadPageIsDropped) {
-    launchAndGetReady();
     page().drop({write("slow.txt")});
     page().crash();
     settle();
