@@ -18,9 +18,8 @@ std::optional<uint32_t> parseHex(std::string_view digits) {
     if (negative || digits.starts_with('+'))
         digits.remove_prefix(1);
     uint32_t value = 0;
-    const char* end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, value, 16);
-    if (digits.empty() || error != std::errc() || stop != end || (negative && value != 0))
+    const auto [stop, error] = std::from_chars(digits.begin(), digits.end(), value, 16);
+    if (digits.empty() || error != std::errc() || stop != digits.end() || (negative && value != 0))
         return std::nullopt;
     return value;
 }

@@ -39,7 +39,7 @@ void walkUtf8(std::string_view text, Valid valid, Invalid invalid) {
         const auto window = static_cast<int32_t>(std::min<int64_t>(length - at, 4));
         int32_t step = 0;
         UChar32 point = 0;
-        U8_NEXT(bytes + at, step, window, point);
+        U8_NEXT(bytes + at, step, window, point); // NOLINT(bugprone-inc-dec-in-conditions): within the macro
         if (point < 0)
             invalid();
         else

@@ -47,9 +47,8 @@ public:
     template <typename Number>
     Number take() {
         Number number{};
-        const std::string_view bytes = take(sizeof number);
-        if (good_)
-            std::memcpy(&number, bytes.data(), sizeof number);
+        if (const std::string_view bytes = take(sizeof number); bytes.size() == sizeof number)
+            std::memcpy(&number, bytes.data(), bytes.size());
         return number;
     }
     std::string_view take(size_t count) {

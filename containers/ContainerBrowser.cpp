@@ -177,7 +177,7 @@ JsonObject ContainerBrowser::refresh(const std::string& token, const Cancellatio
 void ContainerBrowser::close(const std::string& token) noexcept {
     const std::lock_guard hold(lock_);
     // The caller's text may be part of what goes.
-    const std::string closing = token;
+    const std::string closing = token; // NOLINT(performance-unnecessary-copy-initialization)
     std::vector<std::string> nested;
     for (const auto& [other, session] : sessions_)
         if (session->parentToken == closing)

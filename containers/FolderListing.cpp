@@ -77,7 +77,10 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
     paths.reserve(names.size());
     for (const auto& name : names) {
         watch.check();
-        std::string relative = path.empty() ? name : path + "/" + name;
+        std::string relative = path;
+        if (!relative.empty())
+            relative += '/';
+        relative += name;
         const auto place = session.nodes.try_emplace(relative).first;
         place->second.path = place->first;
         describe(place->second, ::dirfd(folder.get()), name);

@@ -18,9 +18,8 @@ std::optional<uint64_t> parseNumber(std::string_view text) {
     if (text.starts_with('+'))
         text.remove_prefix(1);
     uint64_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (text.empty() || error != std::errc() || stop != end)
+    const auto [stop, error] = std::from_chars(text.begin(), text.end(), value);
+    if (text.empty() || error != std::errc() || stop != text.end())
         return std::nullopt;
     return value;
 }

@@ -121,7 +121,8 @@ void LocalFiles::start(std::shared_ptr<platform::SchemeTask> task) {
         const std::lock_guard guard(lock_);
         active_.insert(task.get());
     }
-    executors_.userInitiated().submit([weak = weak_from_this(), main = &executors_.main(), request = task->request(),
+    auto request = task->request();
+    executors_.userInitiated().submit([weak = weak_from_this(), main = &executors_.main(), request = std::move(request),
                                        task = std::move(task)]() mutable {
         if (const auto self = weak.lock())
             self->serve(task, request);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -16,7 +15,6 @@ public:
     virtual bool isCurrent() const noexcept = 0;
     /// Runs the task on a later turn of the main loop, in order of posting.
     virtual void post(Task task) = 0;
-    virtual void postAfter(std::chrono::milliseconds delay, Task task) = 0;
     /// Runs the task on the main thread and waits for it; at once when called there. False, with the task not run, once
     /// the main loop has ended.
     virtual bool runSync(const Task& task) = 0;

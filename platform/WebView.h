@@ -57,8 +57,6 @@ public:
     virtual void reload() = 0;
     /// Runs script in the page; results and errors are dropped.
     virtual void evaluate(const std::string& script) = 0;
-    /// Gives the keyboard to the page.
-    virtual void focus() = 0;
 };
 
 } // namespace quillmere::platform

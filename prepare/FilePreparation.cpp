@@ -182,7 +182,7 @@ std::optional<FileUrl> FilePreparation::converted(const FileUrl& url, const File
                                                   const Converter& converter) const {
     for (int attempt = 0;; ++attempt) {
         const std::string fileKey = key(url);
-        const FileUrl out = cache.appending(fileKey + "." + ext);
+        FileUrl out = cache.appending(std::string(fileKey).append(".").append(ext));
         if (exists(out))
             return out;
         bool hasChanged = false;
@@ -206,7 +206,7 @@ std::optional<FileUrl> FilePreparation::converted(const FileUrl& url, const File
 
 std::optional<FileUrl> FilePreparation::convertImage(const FileUrl& url, const FileUrl& cache) const {
     const Converter converter = [&](const WorkFolder& work) -> std::optional<FileUrl> {
-        const FileUrl produced = work->url().appending("image.png");
+        FileUrl produced = work->url().appending("image.png");
         switch (tools_.images.writeThumbnail(url, produced, longestImageSide)) {
         case platform::ImageOutcome::written:
             return produced;
@@ -232,7 +232,7 @@ std::optional<FileUrl> FilePreparation::convertOffice(const FileUrl& url, const 
                     {"-env:UserInstallation=" + work->url().appending("profile").uri(), "--headless", "--norestore",
                      "--convert-to", "pdf", "--outdir", work->url().path(), document.path()},
                     url, work);
-        const FileUrl produced = work->url().appending(nameWithoutExtension(document) + ".pdf");
+        FileUrl produced = work->url().appending(nameWithoutExtension(document) + ".pdf");
         return exists(produced) ? std::optional(produced) : std::nullopt;
     });
 }
@@ -240,7 +240,7 @@ std::optional<FileUrl> FilePreparation::convertOffice(const FileUrl& url, const 
 PreparedFile FilePreparation::transcode(const FileUrl& url, const FileUrl& cache, MediaKind kind) const {
     const std::string ext = kind == MediaKind::audio ? "m4a" : "mp4";
     const auto media = converted(url, cache, ext, [&](const WorkFolder& work) -> std::optional<FileUrl> {
-        const FileUrl output = work->url().appending("media." + ext);
+        FileUrl output = work->url().appending("media." + ext);
         if (exportMedia(url, output, kind))
             return output;
         std::error_code ignored;

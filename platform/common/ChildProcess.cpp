@@ -153,9 +153,10 @@ __attribute__((noinline)) pid_t startChild(const Preparation& preparation) {
     sigset_t before;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t process = ::vfork();
+    // Only what vfork allows is done until the program starts: a fork would copy the page tables of the whole window.
+    const pid_t process = ::vfork(); // NOLINT(bugprone-unsafe-functions,clang-analyzer-security.insecureAPI.vfork)
     if (process == 0)
-        runChild(preparation);
+        runChild(preparation); // NOLINT(clang-analyzer-unix.Vfork)
     const int error = errno;
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     errno = error;

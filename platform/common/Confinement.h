@@ -28,8 +28,8 @@ public:
     bool isAvailable() const;
 
     /// The program as it is to be started: the same arguments, descriptors and limits, a minimal environment in place
-    /// of the process's own, and the wall around it where there is one. Throws std::filesystem::filesystem_error when the
-    /// program cannot be executed.
+    /// of the process's own, and the wall around it where there is one. Throws std::filesystem::filesystem_error when
+    /// the program cannot be executed.
     ProcessSpec confine(ProcessSpec program, const ConfinedAccess& access) const;
 
 private:

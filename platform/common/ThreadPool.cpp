@@ -15,7 +15,7 @@ namespace quillmere::platform {
 namespace {
 
 /// Tasks promise not to throw; one that does must not take the window down with it.
-void runAndDestroy(Task task) noexcept {
+void runAndDestroy(Task task) noexcept { // NOLINT(performance-unnecessary-value-param): it ends here
     try {
         task();
     } catch (...) {

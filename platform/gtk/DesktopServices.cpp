@@ -16,14 +16,12 @@
 
 namespace quillmere::platform::gtk {
 
-namespace fs = std::filesystem;
-
 namespace {
 
 constexpr const char* unknownType = "application/octet-stream";
 constexpr std::chrono::seconds refreshLimit{30};
 constexpr int missingTool = 127;
-constexpr size_t largestWhole = 64 * 1024; // what an X11 server surely takes in one piece
+constexpr size_t largestWhole = size_t{64} * 1024; // what an X11 server surely takes in one piece
 
 void copyIcon(const FileUrl& resources, const FileUrl& dataFolder) {
     const std::string name = std::string("icons/hicolor/scalable/apps/") + applicationId + ".svg";

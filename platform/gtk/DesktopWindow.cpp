@@ -44,7 +44,7 @@ GtkWidget* addControls(GtkOverlay* body) {
 } // namespace
 
 DesktopWindow::DesktopWindow(const WindowSpec& spec, Environment environment)
-    : environment_(std::move(environment)), window_(makeWindow(environment_.application.handle(), spec)),
+    : environment_(environment), window_(makeWindow(environment_.application.handle(), spec)),
       body_(makeBody(window_.get())), controls_(addControls(body_)), size_(window_.get(), spec, environment_.defaults),
       drag_(window_.get()), edges_(window_.get(), body_), sheets_(window_.get(), body_), renderer_(*this) {
     watch();

@@ -55,7 +55,7 @@ GdkDragAction operationFor(const Client& weak, GtkDropTarget* target) {
 
 } // namespace
 
-void acceptFileDrops(GtkWidget* webView, std::weak_ptr<WebViewClient> client) {
+void acceptFileDrops(GtkWidget* webView, const std::weak_ptr<WebViewClient>& client) {
     GtkDropTarget* target = gtk_drop_target_new(GDK_TYPE_FILE_LIST, GDK_ACTION_COPY);
     gtk_drop_target_set_preload(target, TRUE);
     gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(target), GTK_PHASE_CAPTURE);

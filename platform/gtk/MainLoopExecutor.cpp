@@ -71,7 +71,7 @@ private:
 
 } // namespace
 
-MainLoopExecutor::MainLoopExecutor() : queue_(std::make_shared<Queue>()) {
+MainLoopExecutor::MainLoopExecutor() : queue_(std::make_unique<Queue>()) {
     static GSourceFuncs functions{nullptr,
                                   nullptr,
                                   +[](GSource* source, GSourceFunc, gpointer data) -> gboolean {
@@ -111,29 +111,6 @@ bool MainLoopExecutor::enqueue(Task task) {
 
 void MainLoopExecutor::post(Task task) {
     enqueue(std::move(task));
-}
-
-void MainLoopExecutor::postAfter(std::chrono::milliseconds delay, Task task) {
-    struct Delayed {
-        std::weak_ptr<Queue> queue;
-        Task task;
-    };
-    GSource* timer = g_timeout_source_new(static_cast<guint>(std::max<std::int64_t>(delay.count(), 0)));
-    const auto fire = +[](gpointer data) -> gboolean {
-        auto& delayed = *static_cast<Delayed*>(data);
-        if (const auto queue = delayed.queue.lock()) {
-            std::unique_lock guard(queue->lock);
-            if (!queue->closed) {
-                guard.unlock();
-                guarded(delayed.task);
-            }
-        }
-        return G_SOURCE_REMOVE;
-    };
-    g_source_set_callback(
-        timer, fire, new Delayed{queue_, std::move(task)}, +[](gpointer data) { delete static_cast<Delayed*>(data); });
-    g_source_attach(timer, nullptr);
-    g_source_unref(timer);
 }
 
 bool MainLoopExecutor::runSync(const Task& task) {

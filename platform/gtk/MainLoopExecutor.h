@@ -21,7 +21,6 @@ public:
 
     bool isCurrent() const noexcept override;
     void post(Task task) override;
-    void postAfter(std::chrono::milliseconds delay, Task task) override;
     bool runSync(const Task& task) override;
 
     /// The loop has ended: drops what is queued, refuses what comes and releases everybody who waits. Main thread.
@@ -33,7 +32,7 @@ private:
     void runQueued();
 
     const std::thread::id mainThread_ = std::this_thread::get_id();
-    std::shared_ptr<Queue> queue_;
+    std::unique_ptr<Queue> queue_;
     GSource* source_ = nullptr;
 };
 

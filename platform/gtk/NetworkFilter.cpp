@@ -88,7 +88,7 @@ NetworkFilter::State NetworkFilter::wait(std::chrono::milliseconds limit) {
 std::string NetworkFilter::rules(const std::string& scheme, const std::string& host) {
     json::array list{rule(".*", "block")};
     for (const std::string& allowed :
-         {"^" + scheme + "://" + host + "/", std::string("^blob:"), std::string("^data:"), std::string("^about:")})
+         {std::string("^").append(scheme).append("://").append(host).append("/"), std::string("^blob:"), std::string("^data:"), std::string("^about:")})
         list.push_back(rule(allowed, "ignore-previous-rules"));
     return json::serialize(list);
 }

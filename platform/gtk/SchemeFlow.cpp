@@ -6,7 +6,7 @@ namespace quillmere::platform::gtk {
 
 namespace {
 
-constexpr uint64_t step = 1024 * 1024; // bytes between two questions
+constexpr uint64_t step = uint64_t{1024} * 1024; // bytes between two questions
 
 // A page that waits for the whole of an answer before it does anything else cannot confirm a part of it.
 constexpr std::chrono::seconds patience{5};

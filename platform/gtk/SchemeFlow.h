@@ -16,7 +16,7 @@ namespace quillmere::platform::gtk {
 class SchemeFlow : public std::enable_shared_from_this<SchemeFlow> {
 public:
     /// Bytes that may be on their way.
-    static constexpr uint64_t window = 8 * 1024 * 1024;
+    static constexpr uint64_t window = uint64_t{8} * 1024 * 1024;
 
     void setPage(WebKitWebView* page) { page_.set(page); }
 

@@ -162,10 +162,6 @@ void WebView::evaluate(const std::string& script) {
                                         nullptr, nullptr, nullptr);
 }
 
-void WebView::focus() {
-    gtk_widget_grab_focus(GTK_WIDGET(web_.get()));
-}
-
 void WebView::loadFailed(WebKitLoadEvent stage, const GError& error) {
     if (stage != WEBKIT_LOAD_STARTED && stage != WEBKIT_LOAD_REDIRECTED)
         return;

@@ -26,7 +26,6 @@ public:
     void load(const std::string& url, std::chrono::seconds timeout) override;
     void reload() override;
     void evaluate(const std::string& script) override;
-    void focus() override;
 
     /// Whether media elements can play: the extension of the web process has reported in.
     bool mediaReady() const noexcept { return media_.extensionReported(); }

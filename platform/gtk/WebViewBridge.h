@@ -17,7 +17,7 @@ namespace quillmere::platform::gtk {
 class WebViewBridge {
 public:
     /// Longer messages are dropped, in bytes of JSON text.
-    static constexpr size_t messageLimit = 32 * 1024 * 1024;
+    static constexpr size_t messageLimit = size_t{32} * 1024 * 1024;
 
     /// `received` gets every well-formed message's body. `userScript` runs in the page before its own scripts.
     WebViewBridge(WebKitUserContentManager* manager, const std::string& handler,

@@ -16,12 +16,6 @@ void HeadlessMain::post(Task task) {
     changed_.notify_all();
 }
 
-void HeadlessMain::postAfter(std::chrono::milliseconds delay, Task task) {
-    const std::lock_guard guard(lock_);
-    if (!ended_)
-        delayed_.emplace(now_ + delay, std::move(task));
-}
-
 bool HeadlessMain::runSync(const Task& task) {
     if (isCurrent()) {
         task();
@@ -76,15 +70,6 @@ bool HeadlessMain::runUntil(const std::function<bool()>& done) {
             return false;
     }
     return true;
-}
-
-void HeadlessMain::advance(std::chrono::milliseconds time) {
-    const std::lock_guard guard(lock_);
-    now_ += time;
-    while (!delayed_.empty() && delayed_.begin()->first <= now_) {
-        tasks_.push_back(std::move(delayed_.begin()->second));
-        delayed_.erase(delayed_.begin());
-    }
 }
 
 void HeadlessMain::end() {
@@ -162,8 +147,7 @@ bool HeadlessExecutors::isIdle() const {
     return pool_->isIdle();
 }
 
-std::unique_ptr<Executor> HeadlessExecutors::makeSerial(std::string label) {
-    serialLabels.push_back(std::move(label));
+std::unique_ptr<Executor> HeadlessExecutors::makeSerial(std::string) {
     return pool_->makeSerial();
 }
 

@@ -4,11 +4,9 @@
 
 #include <condition_variable>
 #include <deque>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
-#include <vector>
 
 namespace quillmere::platform {
 
@@ -17,15 +15,12 @@ class HeadlessMain : public MainExecutor {
 public:
     bool isCurrent() const noexcept override { return std::this_thread::get_id() == thread_; }
     void post(Task task) override;
-    void postAfter(std::chrono::milliseconds delay, Task task) override;
     bool runSync(const Task& task) override;
 
     /// Runs what has been posted, and what that posts, until nothing is left.
     void runPending();
     /// Pumps until `done` holds; false when that has not come within a generous time.
     bool runUntil(const std::function<bool()>& done);
-    /// Lets delayed tasks become due.
-    void advance(std::chrono::milliseconds time);
     /// Ends the loop: waiting threads are let go, later tasks are dropped.
     void end();
 
@@ -36,8 +31,6 @@ private:
     std::mutex lock_;
     std::condition_variable changed_;
     std::deque<Task> tasks_;
-    std::multimap<std::chrono::milliseconds, Task> delayed_;
-    std::chrono::milliseconds now_{0};
     bool ended_ = false;
 };
 
@@ -54,8 +47,6 @@ public:
 
     /// Whether no background task is waiting or running.
     bool isIdle() const;
-
-    std::vector<std::string> serialLabels; // of the queues made, in order
 
 private:
     class Pool;

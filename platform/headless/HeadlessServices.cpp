@@ -13,9 +13,8 @@ void HeadlessDialogs::openPanel(Window&, const OpenPanelSpec& spec,
     openPanels_.push_back(std::move(completion));
 }
 
-void HeadlessDialogs::alert(Window&, const AlertSpec& spec, std::function<void(size_t)> completion) {
+void HeadlessDialogs::alert(Window&, const AlertSpec& spec, std::function<void(size_t)>) {
     alerts.push_back(spec);
-    openAlerts_.push_back(std::move(completion));
 }
 
 void HeadlessDialogs::colorPanel(Window&, ColorPanelSpec spec) {
@@ -27,17 +26,6 @@ bool HeadlessDialogs::answerPanel(std::optional<FileUrl> file) {
         return false;
     main_.post([completion = std::move(openPanels_.front()), file = std::move(file)] { completion(file); });
     openPanels_.pop_front();
-    return true;
-}
-
-bool HeadlessDialogs::answerAlert(size_t button) {
-    if (openAlerts_.empty())
-        return false;
-    main_.post([completion = std::move(openAlerts_.front()), button] {
-        if (completion)
-            completion(button);
-    });
-    openAlerts_.pop_front();
     return true;
 }
 

@@ -14,7 +14,7 @@ namespace quillmere::platform {
 
 class HeadlessMain;
 
-/// Dialogs that wait for an answer. Answers are delivered on a later turn of the main loop.
+/// Panels that wait for an answer, which is delivered on a later turn of the main loop, and alerts that get none.
 class HeadlessDialogs : public Dialogs {
 public:
     explicit HeadlessDialogs(HeadlessMain& main) : main_(main) {}
@@ -26,7 +26,6 @@ public:
 
     /// Answers the panel that was opened first and is still open; false when none is.
     bool answerPanel(std::optional<FileUrl> file);
-    bool answerAlert(size_t button);
 
     std::vector<OpenPanelSpec> panels;
     std::vector<AlertSpec> alerts;
@@ -35,7 +34,6 @@ public:
 private:
     HeadlessMain& main_;
     std::deque<std::function<void(std::optional<FileUrl>)>> openPanels_;
-    std::deque<std::function<void(size_t)>> openAlerts_;
 };
 
 class HeadlessDefaults : public UserDefaults {

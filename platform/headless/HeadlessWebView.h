@@ -16,7 +16,6 @@ public:
     void load(const std::string& url, std::chrono::seconds timeout) override;
     void reload() override { ++reloads; }
     void evaluate(const std::string& script) override { scripts.push_back(script); }
-    void focus() override { ++focuses; }
 
     /// The page posts a message from its own main frame.
     void post(json::value body);
@@ -38,7 +37,6 @@ public:
     const WebViewConfiguration configuration;
     std::vector<std::pair<std::string, std::chrono::seconds>> loads;
     int reloads = 0;
-    int focuses = 0;
     std::vector<std::string> scripts;
 
 private:

@@ -156,7 +156,11 @@ TEST_F(HelperReader, OneHelperStandsReadyAndMayDie) {
     const auto before = processesOf(LYING_HELPER);
     for (int i = 0; i < 3; ++i)
         failureOfListing("crash at once");
-    const auto ready = processesOf(LYING_HELPER);
+    auto ready = processesOf(LYING_HELPER);
+    // Those that were killed may take a moment to go.
+    for (const auto deadline = steadyNow() + std::chrono::seconds(10);
+         ready.size() != before.size() + 1 && steadyNow() < deadline; ready = processesOf(LYING_HELPER))
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     ASSERT_EQ(ready.size(), before.size() + 1);
     for (const pid_t process : ready)
         ::kill(process, SIGKILL);
