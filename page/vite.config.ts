@@ -31,5 +31,5 @@ export default defineConfig({
         assetsInlineLimit: 0,
         chunkSizeWarningLimit: 2000,
     },
-    test: { include: ['src/**/*.test.ts'], environment: 'node' },
+    test: { include: ['src/**/*.test.ts'], environment: 'node', testTimeout: 60_000 },
 });

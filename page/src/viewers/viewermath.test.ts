@@ -1,7 +1,7 @@
 import { describe, expect, test } from 'vitest';
 import { positionOf, thumbOf } from './bytescroll';
 import { asciiOf, hexOffset, moveCursor, parseOffset } from './hexformat';
-import { mediaCommand, nextSpeed, remainingTime } from './mediakeys';
+import { nextSpeed, remainingTime } from './mediakeys';
 import { peaksOf } from './peaks';
 import { clampOffset, fitScale, nextStep, percent, zoomAbout } from './zoommath';
 
@@ -62,11 +62,6 @@ test('the scroll thumb and its position are each other\'s inverse', () => {
 });
 
 describe('media', () => {
-    test.each([
-        [' ', { do: 'toggle' }], ['J', { do: 'seek', by: -10 }], ['ArrowRight', { do: 'seek', by: 5 }], ['ArrowDown', { do: 'volume', by: -0.05 }],
-        ['5', { do: 'seekTo', part: 0.5 }], ['>', { do: 'speed', step: 1 }], ['Tab', undefined], ['x', undefined],
-    ])('key %s', (key, expected) => expect(mediaCommand(key)).toEqual(expected));
-
     test('speeds and times', () => {
         expect([nextSpeed(1, 1), nextSpeed(1, -1), nextSpeed(3, 1), nextSpeed(0.5, -1), nextSpeed(1.1, 1)]).toEqual([1.25, 0.75, 3, 0.5, 1.25]);
         expect([remainingTime(84.2, 233), remainingTime(5, 3), remainingTime(0, Infinity)]).toEqual(['−2:29', '−0:00', '']);
