@@ -1,11 +1,13 @@
 """Whole-process comparisons on one virtual display, each as a ratio in one run: start-up against a bare window,
-throughput against a loopback web server in the same engine, memory while serving a file of 5 GB."""
+throughput against a loopback web server in the same engine, memory while serving a file of 5 GB; and what a listing of
+10,000 entries costs the main thread and the page's frame rate."""
 
 import http.server
 import json
 import os
 import re
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -15,7 +17,7 @@ import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tests/e2e"))
-from harness import Display, PAGES, Program, until  # noqa: E402
+from harness import BUNDLE, Display, PAGES, Program, until  # noqa: E402
 
 BARE = os.environ["BARE_WINDOW"]
 MEGABYTE = 1024 * 1024
@@ -55,6 +57,37 @@ MEMORY = """
     const start = [], end = [];
     for (let i = 0; i < 20; i++) { start.push(await seek(i * 65536)); end.push(await seek(size - 65536 * (i + 2))); }
     return { seconds: all / 1000, start, end };
+"""
+
+
+SCROLL = """
+    const nextFrame = () => new Promise(requestAnimationFrame);
+    /** Frames in a second and the share of them that came late, while `step` runs before each. */
+    const rate = async step => {
+        await nextFrame();
+        const times = [performance.now()];
+        while (times.at(-1) - times[0] < 4000) { step(); await nextFrame(); times.push(performance.now()); }
+        const gaps = times.slice(1).map((time, i) => time - times[i]);
+        const usual = [...gaps].sort((a, b) => a - b)[gaps.length >> 1];
+        return { perSecond: gaps.length / (times.at(-1) - times[0]) * 1000, late: gaps.filter(gap => gap > 2 * usual).length / gaps.length };
+    };
+    (async () => {
+        let rows;
+        while (!(rows = document.querySelector('.listing .rows'))) await nextFrame();
+        while (!/^listing/.test(document.title)) await nextFrame();
+        await new Promise(resolve => setTimeout(resolve, 2000));
+        const marker = document.body.appendChild(Object.assign(document.createElement('i'), { style: 'position:fixed;width:9px;height:9px;background:red' }));
+        let at = 0;
+        const idle = await rate(() => { marker.style.left = `${at = (at + 7) % 300}px`; });
+        marker.remove();
+        const slow = await rate(() => { rows.scrollTop += 20; });
+        const fast = await rate(() => { rows.scrollTop += 700; });
+        document.title = JSON.stringify({ state: 'done', idle, slow, fast });
+    })();
+"""
+
+REFRESH = """
+    setInterval(() => document.activeElement.dispatchEvent(new KeyboardEvent('keydown', { key: 'F5', bubbles: true })), 1500);
 """
 
 
@@ -200,10 +233,68 @@ def memory(display, size=5 * 1024 * MEGABYTE):
         print(f"64 KiB near the end {a:.1f} ms, at the start {b:.1f} ms, ratio {a / b:.2f}")
 
 
+def page_with(folder, script):
+    """The real page and one more script."""
+    shutil.copytree(BUNDLE / "Contents/Resources/app", folder)
+    (folder / "bench.js").write_text(script)
+    index = folder / "index.html"
+    index.write_text(index.read_text().replace("</body>", '<script src="./bench.js" defer></script></body>'))
+    return folder
+
+
+def many_files(folder, count=10_000):
+    folder.mkdir()
+    for i in range(count):
+        (folder / f"file {i}.txt").touch()
+    return folder
+
+
+def main_loop(display):
+    """The longest turn of the main loop while a folder of 10,000 is read and listed again. The window is minimised:
+    what drawing costs is the display's affair."""
+    with tempfile.TemporaryDirectory() as name:
+        folder = many_files(Path(name) / "many")
+        watch = Path(name) / "turns"
+        program = Program(display, folder, page=page_with(Path(name) / "page", REFRESH),
+                          environment={"LD_PRELOAD": os.environ["LOOP_WATCH_LIBRARY"], "LOOP_WATCH": str(watch)})
+        program.wait_title("^listing")
+        program.tool("xdotool", "windowminimize", program.window)
+        time.sleep(3)
+        turns = []
+        for _ in range(7):
+            program.process.send_signal(signal.SIGWINCH)
+            time.sleep(4)
+            turns.append(longest_turn(watch))
+        program.close()
+        wall, cpu = sorted(turns)[len(turns) // 2]
+        print(f"main thread, listing of 10,000: longest turn {wall:.1f} ms, {cpu:.1f} ms of it at work (aim: at most 8)")
+
+
+def longest_turn(watch):
+    wall, cpu = watch.read_text().split()
+    return float(wall), float(cpu)
+
+
+def scrolling(display):
+    """Frames while 10,000 rows scroll, against a small mark that moves in the same page."""
+    with tempfile.TemporaryDirectory() as name:
+        folder = many_files(Path(name) / "many")
+        program = Program(display, folder, page=page_with(Path(name) / "page", SCROLL))
+        value = program.wait_result()
+        program.close()
+        for way in ("slow", "fast"):
+            a, b = value[way], value["idle"]
+            print(f"scrolling 10,000 rows, {way}: {a['perSecond']:.0f} frames/s, {a['late']:.1%} late; a moving mark "
+                  f"{b['perSecond']:.0f}, {b['late']:.1%}; ratio {a['perSecond'] / b['perSecond']:.2f} (aim: 1.0)")
+
+
+PARTS = {"start_up": start_up, "throughput": throughput, "memory": memory, "main_loop": main_loop,
+         "scrolling": scrolling}
+
 if __name__ == "__main__":
     screen = Display()
     try:
-        for part in sys.argv[1:] or ["start_up", "throughput", "memory"]:
-            {"start_up": start_up, "throughput": throughput, "memory": memory}[part](screen)
+        for part in sys.argv[1:] or PARTS:
+            PARTS[part](screen)
     finally:
         screen.close()

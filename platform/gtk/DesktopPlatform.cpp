@@ -16,13 +16,13 @@ bool hasGraphicsDevice() {
     return false;
 }
 
-/// Without a graphics device toolkit and engine would imitate one in software, which is slower than drawing without
-/// any.
+/// Without a graphics device toolkit and engine would imitate one in software, which is many times slower than drawing
+/// without any. Only the blur behind floating controls is lost.
 void chooseRenderer() {
     if (hasGraphicsDevice())
         return;
     ::setenv("GSK_RENDERER", "cairo", 0);
-    ::setenv("WEBKIT_SKIA_ENABLE_CPU_RENDERING", "1", 0);
+    ::setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", 0);
 }
 
 /// The graphics library keeps compiled shaders in this folder. The engine lets its confined processes have it only when
