@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/common/NullMediaExporter.h"
 #include "platform/headless/HeadlessExecutors.h"
 #include "platform/headless/HeadlessServices.h"
 #include "platform/headless/HeadlessWebView.h"
@@ -75,7 +76,7 @@ public:
     HeadlessContentTypes contentTypes;
     HeadlessBundle bundle;
     HeadlessImageCodec images;
-    HeadlessMediaExporter mediaExporter;
+    NullMediaExporter mediaExporter;
     Directories directories;
 };
 

@@ -64,18 +64,18 @@ std::optional<std::string> HeadlessContentTypes::mimeType(const std::string& ext
 }
 
 ImageOutcome HeadlessImageCodec::writeThumbnail(const FileUrl& source, const FileUrl& output, int maxSide) {
+    ++calls;
     lastMaxSide = maxSide;
     std::ifstream in(source.filesystemPath(), std::ios::binary);
     const std::string bytes(std::istreambuf_iterator<char>(in), {});
     if (!in || bytes.starts_with("broken"))
         return ImageOutcome::unreadable;
+    meanwhile();
+    if (refuses)
+        return ImageOutcome::writeFailed;
     std::ofstream out(output.filesystemPath(), std::ios::binary);
     out << bytes;
     return out.flush() ? ImageOutcome::written : ImageOutcome::writeFailed;
-}
-
-std::unique_ptr<MediaExportSession> HeadlessMediaExporter::makeSession(const FileUrl&, ExportPreset) {
-    return nullptr;
 }
 
 } // namespace quillmere::platform

@@ -2,7 +2,6 @@
 
 #include "platform/Dialogs.h"
 #include "platform/ImageCodec.h"
-#include "platform/MediaExporter.h"
 #include "platform/Services.h"
 
 #include <atomic>
@@ -99,13 +98,10 @@ class HeadlessImageCodec : public ImageCodec {
 public:
     ImageOutcome writeThumbnail(const FileUrl& source, const FileUrl& output, int maxSide) override;
 
+    bool refuses = false;                    // to write
+    std::function<void()> meanwhile = [] {}; // runs between reading and writing
+    std::atomic<int> calls = 0;
     std::atomic<int> lastMaxSide = 0;
-};
-
-/// A platform without a media exporter.
-class HeadlessMediaExporter : public MediaExporter {
-public:
-    std::unique_ptr<MediaExportSession> makeSession(const FileUrl& asset, ExportPreset preset) override;
 };
 
 } // namespace quillmere::platform

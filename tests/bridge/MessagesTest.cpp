@@ -1,5 +1,4 @@
 #include "bridge/InboundMessage.h"
-#include "bridge/OpenRules.h"
 #include "bridge/OutboundMessage.h"
 
 #include <gtest/gtest.h>
@@ -76,13 +75,6 @@ TEST(OutboundMessage, FourTypesCarryTheContainer) {
     JsonObject busy{{"type", "busy"}};
     addContainerToken(busy, std::nullopt);
     EXPECT_FALSE(busy.contains("containerToken"));
-}
-
-TEST(OpenRules, ByExtension) {
-    for (const auto* shown : {"pages", "key", "doc", "dot", "ps", "eps"})
-        EXPECT_TRUE(needsNativePreview(shown)) << shown;
-    for (const auto* other : {"docx", "pdf", "", "DOC", "numbers"})
-        EXPECT_FALSE(needsNativePreview(other)) << other;
 }
 
 } // namespace

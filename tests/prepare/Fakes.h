@@ -1,35 +1,13 @@
 #pragma once
 
 #include "base/Clock.h"
-#include "platform/ImageCodec.h"
 #include "platform/MediaExporter.h"
-#include "tests/support/Sandbox.h"
 
 #include <atomic>
-#include <functional>
+#include <fstream>
 #include <optional>
-#include <utility>
 
 namespace quillmere::tests {
-
-/// Decodes nothing, but leaves and tells what it is told to.
-class DrivenImageCodec final : public platform::ImageCodec {
-public:
-    platform::ImageOutcome outcome = platform::ImageOutcome::written;
-    std::function<void()> meanwhile = [] {};
-    std::atomic<int> calls = 0;
-    std::atomic<int> lastMaxSide = 0;
-
-    platform::ImageOutcome writeThumbnail(const FileUrl& source, const FileUrl& output, int maxSide) override {
-        ++calls;
-        lastMaxSide = maxSide;
-        const std::string contents = Sandbox::read(source);
-        meanwhile();
-        if (outcome == platform::ImageOutcome::written)
-            std::ofstream(output.filesystemPath(), std::ios::binary) << "png of " << contents;
-        return outcome;
-    }
-};
 
 /// An exporter whose sessions end as they are told to.
 class DrivenExporter final : public platform::MediaExporter {

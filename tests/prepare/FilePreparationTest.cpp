@@ -4,8 +4,10 @@
 #include "base/Sha256.h"
 #include "base/Text.h"
 #include "base/Uuid.h"
+#include "platform/headless/HeadlessServices.h"
 #include "tests/platform/common/Processes.h"
 #include "tests/prepare/Fakes.h"
+#include "tests/support/Sandbox.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -16,7 +18,6 @@
 namespace quillmere {
 namespace {
 
-using platform::ImageOutcome;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::DrivenExporter;
@@ -63,7 +64,7 @@ protected:
     FileUrl cache = sandbox.at("cache");
     platform::Confinement walled;
     platform::Confinement limited{platform::Confinement::Mode::limitsOnly};
-    tests::DrivenImageCodec images;
+    platform::HeadlessImageCodec images;
     DrivenExporter exporter;
     tests::DrivenClock clock;
     std::vector<FileUrl> libreOffice{FileUrl(STAND_IN)};
@@ -169,17 +170,16 @@ TEST_F(FilePreparationTest, AFileThatChangesMeanwhileIsConvertedAnew) {
             sandbox.write("photo.heic", "changed");
     };
     const PreparedFile prepared = prepare(file);
-    EXPECT_EQ(Sandbox::read(prepared.file), "png of changed");
+    EXPECT_EQ(Sandbox::read(prepared.file), "changed");
     EXPECT_EQ(prepared.file, result(file, "png"));
     EXPECT_FALSE(std::filesystem::exists(before.filesystemPath()));
 }
 
 TEST_F(FilePreparationTest, ImagesFailAsTheCodecSays) {
-    const FileUrl file = sandbox.write("photo.heic", "text");
-    images.outcome = ImageOutcome::unreadable;
-    EXPECT_EQ(prepare(file), (PreparedFile{file, "heic"}));
-    images.outcome = ImageOutcome::writeFailed;
-    EXPECT_EQ(failure([&] { prepare(file); }), "The image could not be decoded by macOS.");
+    const FileUrl broken = sandbox.write("broken.heic", "broken");
+    EXPECT_EQ(prepare(broken), (PreparedFile{broken, "heic"}));
+    images.refuses = true;
+    EXPECT_EQ(failure([&] { prepare(sandbox.write("photo.heic")); }), "The image could not be decoded by macOS.");
     EXPECT_THAT(cacheNames(), IsEmpty());
 }
 

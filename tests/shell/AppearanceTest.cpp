@@ -39,11 +39,16 @@ TEST_F(AppearanceTest, AChosenPhotoIsGrantedAndServed) {
     const auto url = *stringField(applied(), "bgCustomUrl");
     EXPECT_THAT(url, testing::MatchesRegex("/__file/.*/background\\.png\\?v=[0-9]+\\.[0-9]+"));
     EXPECT_EQ(fetched(url), "a picture");
+    EXPECT_EQ(desktop_.images.lastMaxSide, 2560);
 
     post({{"type", "pick-background"}});
     desktop_.dialogs.answerPanel(write("bad.jpg", "broken"));
+    post({{"type", "pick-background"}});
+    desktop_.dialogs.answerPanel(at("missing.jpg"));
     settle();
     EXPECT_THAT(applied(), HasText("bgCustomUrl", url)) << "a photo that cannot be read changes nothing";
+    EXPECT_EQ(fetched(url), "a picture");
+    EXPECT_THAT(names("home/.local/share/Quillmere"), testing::ElementsAre("background.png"));
 
     post({{"type", "clear-background"}});
     EXPECT_THAT(applied(), HasText("bgMode", "color"));
