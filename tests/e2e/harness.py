@@ -131,10 +131,6 @@ class Program:
                 return hex(int(window))
         return None
 
-    def wait_window(self):
-        self.window = until("the window", self.find_window)
-        return self.window
-
     def title(self):
         """What the page's title says now; empty before there is one."""
         if not self.window:
@@ -166,7 +162,7 @@ class Program:
         return report
 
     def keys(self, *names):
-        self.tool("xdotool", "windowfocus", "--sync", self.window)
+        self.tool("xdotool", "windowactivate", "--sync", self.window)
         for name in names:
             self.tool("xdotool", "key", name)
 

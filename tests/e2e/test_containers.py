@@ -21,7 +21,6 @@ class Containers(EndToEnd):
 
     def test_a_walk_by_keyboard(self):
         program = self.program(self.build())
-        program.wait_window()
         program.wait_title("^listing .*/tree$")
         walk = [
             ("Down Home Return", "^listing .*/tree/sub$"),         # the folder comes first
@@ -57,22 +56,19 @@ class Containers(EndToEnd):
         self.assertEqual(report["last"]["containerToken"], listing["token"])
 
     def readers(self, program):
-        return [p for p in children(program.process.pid) if "quillmere-archive-reader" in output("ps", "-o", "args=", "-p", str(p))]
+        return {p for p in children(program.process.pid) if "quillmere-archive-reader" in output("ps", "-o", "args=", "-p", str(p))}
 
     def test_an_archive_that_never_ends_is_stopped(self):
         fixtures.endless_archive(self.files / "ring.zip")
-        program = self.program(self.files / "ring.zip")
-        program.wait_window()
-        program.wait_title("^busy")
-        until("the reader", lambda: self.readers(program))
-        program.keys("Escape")
-        program.wait_title("^error Preview cancelled", patience=10)
-        until("the reader's end", lambda: not self.readers(program), patience=5)
-
-        program = self.program(self.files / "ring.zip")
-        program.wait_window()
-        program.wait_title(r"^error This archive took too long to read\. The operation was stopped\.$")
-        self.assertEqual(self.readers(program), [])
+        for keys, title in ((["Escape"], "^error Preview cancelled"),
+                            ([], r"^error This archive took too long to read\. The operation was stopped\.$")):
+            program = self.program(self.files / "ring.zip")
+            program.wait_title("^busy")
+            working = until("the reader", lambda: self.readers(program))
+            program.keys(*keys)
+            program.wait_title(title)
+            # Another one may stand ready for the next archive.
+            until("the reader's end", lambda: not working & self.readers(program), patience=5)
 
     def test_archives_that_cannot_be_browsed(self):
         (self.files / "garbage.zip").write_bytes(b"no archive at all" * 100)

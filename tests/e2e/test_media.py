@@ -90,7 +90,6 @@ class Media(EndToEnd):
         for name, pattern in (("film.webm", "^shown video"), ("sound.mp3", "^shown audio"), ("old.avi", "^shown video")):
             with self.subTest(name=name):
                 program = self.program(self.files / name)
-                program.wait_window()
                 self.assertRegex(program.wait_title("^(shown|error)", patience=240), pattern)
 
 

@@ -2,6 +2,7 @@
 
 import os
 import signal
+import socket
 import subprocess
 import sys
 import time
@@ -27,8 +28,6 @@ class Window(EndToEnd):
         program.tool(*move, "sleep", "0.4", "mouseup", "1")
         time.sleep(0.5)
         source.kill()  # or the next drag might begin in this one's window
-        source.wait()
-        source.kill()
         source.wait()
 
     def started(self, *arguments, **options):
@@ -96,7 +95,6 @@ class Window(EndToEnd):
         self.assertEqual((report["last"]["name"], report["fetched"]), ("later #1 100%.txt", 7))
 
     def test_a_bus_that_never_answers_delays_nothing_for_ever(self):
-        import socket
         path = str(self.files / "silent")
         with socket.socket(socket.AF_UNIX) as silent:
             silent.bind(path)
@@ -107,7 +105,6 @@ class Window(EndToEnd):
 class Picture(EndToEnd):
     def test_the_window_is_not_blank(self):
         program = self.program()
-        program.wait_window()
         program.wait_title("^start")
         picture = self.files / "start.png"
 

@@ -30,9 +30,6 @@ const api = {
         }),
     sleep: (milliseconds) => new Promise((resolve) => setTimeout(resolve, milliseconds)),
     publish,
-    assert(condition, what) {
-        if (!condition) throw new Error('not so: ' + what);
-    },
     /** The outcome of a fetch as plain facts. */
     async fetch(url, options) {
         try {
