@@ -4,6 +4,7 @@
 #include "platform/gtk/Signals.h"
 
 #include <filesystem>
+#include <utility>
 
 namespace quillmere::platform::gtk {
 
@@ -23,11 +24,7 @@ public:
     explicit Compilation(WebKitUserContentManager* manager)
         : manager_(GObjectRef<WebKitUserContentManager>::share(manager)) {}
 
-    ~Compilation() {
-        std::error_code ignored;
-        if (folder_)
-            std::filesystem::remove_all(folder_.get(), ignored);
-    }
+    ~Compilation() { removeFolder(); }
 
     State state() const noexcept { return state_; }
 
@@ -48,8 +45,16 @@ public:
     }
 
 private:
+    void removeFolder() noexcept {
+        std::error_code ignored;
+        if (const GlibText folder = std::exchange(folder_, {}))
+            std::filesystem::remove_all(folder.get(), ignored);
+    }
+
     void install(GAsyncResult* result) {
         auto* filter = webkit_user_content_filter_store_save_finish(store_.get(), result, nullptr);
+        // The engine has the rules mapped. Later is too late: the program may end without destroying anything.
+        removeFolder();
         if (!filter) {
             state_ = State::failed;
             return;
@@ -87,8 +92,8 @@ NetworkFilter::State NetworkFilter::wait(std::chrono::milliseconds limit) {
 
 std::string NetworkFilter::rules(const std::string& scheme, const std::string& host) {
     json::array list{rule(".*", "block")};
-    for (const std::string& allowed :
-         {std::string("^").append(scheme).append("://").append(host).append("/"), std::string("^blob:"), std::string("^data:"), std::string("^about:")})
+    for (const std::string& allowed : {std::string("^").append(scheme).append("://").append(host).append("/"),
+                                       std::string("^blob:"), std::string("^data:"), std::string("^about:")})
         list.push_back(rule(allowed, "ignore-previous-rules"));
     return json::serialize(list);
 }

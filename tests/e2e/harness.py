@@ -86,12 +86,14 @@ class Program:
         self.folder = Path(tempfile.mkdtemp(prefix="quillmere-test-"))
         self.home = Path(home) if home else self.folder / "home"
         self.home.mkdir(exist_ok=True)
+        self.temporary = self.folder / "tmp"
+        self.temporary.mkdir()
         self.bundle = self._bundle(page, sparse or {}, folders or {})
         self.environment = {
             **{k: v for k, v in os.environ.items() if not k.startswith("XDG_") and k != "DBUS_SESSION_BUS_ADDRESS"},
             "DISPLAY": display.name, "HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / "config"),
             "XDG_CACHE_HOME": str(self.home / "cache"), "XDG_DATA_HOME": str(self.home / "data"),
-            "XDG_RUNTIME_DIR": str(self.folder), "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "1",
+            "XDG_RUNTIME_DIR": str(self.folder), "TMPDIR": str(self.temporary), "LIBGL_ALWAYS_SOFTWARE": "1", "NO_AT_BRIDGE": "1",
             "DBUS_SESSION_BUS_ADDRESS": "", **(environment or {}),
         }
         self.folder.chmod(0o700)

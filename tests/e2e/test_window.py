@@ -79,6 +79,7 @@ class Window(EndToEnd):
         self.assertEqual(program.process.wait(20), 0)
         until("the children to end", lambda: not [p for p in below if os.path.exists(f"/proc/{p}") and
                                                   " Z" not in Path(f"/proc/{p}/stat").read_text()], patience=10)
+        self.assertEqual(list(program.temporary.iterdir()), [])
 
     def test_a_second_start_hands_its_file_over(self):
         (self.files / "later #1 100%.txt").write_text("content")
