@@ -28,8 +28,7 @@ ArchiveHelper ArchiveHelpers::start() const {
     // A larger pipe only saves turns; one that cannot grow works as well.
     ::fcntl(answers.readEnd.get(), F_SETPIPE_SZ, pipeBytes);
 
-    platform::ProcessSpec spec{.executable = program_};
-    spec.environment = std::vector<std::string>{};
+    platform::ProcessSpec spec{.executable = program_, .environment = std::vector<std::string>{}};
     spec.descriptors = {{.ours = theirRequests.get(), .theirs = STDIN_FILENO},
                         {.ours = answers.writeEnd.get(), .theirs = STDOUT_FILENO}};
     return {.requests = std::move(requests),

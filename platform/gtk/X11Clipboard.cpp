@@ -15,7 +15,7 @@ namespace quillmere::platform::gtk {
 namespace {
 
 constexpr size_t pieceSize = size_t{64} * 1024; // below any server's largest request
-constexpr size_t mostTransfers = 16;    // the oldest is given up for another
+constexpr size_t mostTransfers = 16;            // the oldest is given up for another
 using Text = std::shared_ptr<const std::string>;
 
 struct DisplayClose {
