@@ -4,6 +4,7 @@
 #include "containers/ContainerMessages.h"
 
 #include <cerrno>
+#include <exception>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <system_error>
@@ -60,13 +61,48 @@ void ArchiveHelpers::dismiss(ArchiveHelper helper) noexcept {
     helper.process.kill();
     const std::lock_guard hold(lock_);
     try {
-        std::erase_if(leaving_, [](platform::ChildProcess& process) { return !process.isRunning(); });
         leaving_.push_back(std::move(helper.process));
-        if (!ready_)
-            ready_ = start();
+        wanted_ = true;
+        if (!thread_.joinable())
+            thread_ = std::thread([this] { prepare(); });
+        changed_.notify_one();
     } catch (const std::exception&) {
-        ready_.reset(); // the next request starts its own
+        // Without a thread each request starts a helper of its own.
     }
+}
+
+/// Sees to the ends of helpers and starts the next, until the end of this object.
+void ArchiveHelpers::prepare() noexcept {
+    std::unique_lock hold(lock_);
+    for (;;) {
+        changed_.wait(hold, [this] { return wanted_ || closing_; });
+        if (closing_)
+            return;
+        wanted_ = false;
+        const auto ended = std::exchange(leaving_, {});
+        const bool isReady = ready_.has_value();
+        hold.unlock();
+        std::optional<ArchiveHelper> next;
+        try {
+            if (!isReady)
+                next = start();
+        } catch (const std::exception&) {
+            // The next request starts its own.
+        }
+        hold.lock();
+        if (next && !ready_)
+            ready_ = std::move(next);
+    }
+}
+
+ArchiveHelpers::~ArchiveHelpers() {
+    {
+        const std::lock_guard hold(lock_);
+        closing_ = true;
+    }
+    changed_.notify_one();
+    if (thread_.joinable())
+        thread_.join();
 }
 
 } // namespace quillmere

@@ -23,8 +23,8 @@ public:
         session_.nodes.reserve(limits::nodes);
     }
 
-    void add(const EntryFacts& facts, std::string path, int64_t ordinal) {
-        const auto [place, isNew] = session_.nodes.try_emplace(std::move(path));
+    void add(const EntryFacts& facts, std::string_view path, int64_t ordinal) {
+        const auto [place, isNew] = session_.nodes.try_emplace(key(path));
         Node& node = place->second;
         if (node.ordinal)
             throw ContainerError(messages::duplicatePaths);
@@ -55,6 +55,8 @@ public:
     }
 
 private:
+    std::pmr::string key(std::string_view path) const { return std::pmr::string(path, session_.nodes.get_allocator()); }
+
     void account(int64_t size) {
         if (size > limits::expandedBytes - total_)
             throw ContainerError(messages::expandsTooFar);
@@ -77,7 +79,7 @@ private:
         if (nearest == knownFolder_)
             return; // as for most entries, which follow their neighbours
         for (auto parent = nearest; !parent.empty(); parent = parentOfPath(parent)) {
-            const auto [place, isNew] = session_.nodes.try_emplace(std::string(parent));
+            const auto [place, isNew] = session_.nodes.try_emplace(key(parent));
             Node& folder = place->second;
             if (!isNew && !folder.directory)
                 throw ContainerError(messages::crossesFilePath);
@@ -121,10 +123,10 @@ void scanArchive(Session& session, ArchiveSource source, const ArchiveReaderFact
             throw archiveFailure(*reader);
         if (ordinal > limits::headers)
             throw ContainerError(messages::tooManyEntries);
-        std::string path = entryPath(facts, session.source);
+        const std::string path = entryPath(facts, session.source);
         const bool isRoot = path.empty();
         if (!isRoot)
-            tree.add(facts, std::move(path), ordinal);
+            tree.add(facts, path, ordinal);
         if (!isRoot && isRawFormat(facts))
             break; // it has exactly one entry
         if (reader->skip() != ArchiveReader::Outcome::done && !isRoot)

@@ -73,11 +73,11 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
     const OpenFolder folder = openFolder(session.source, path);
     const std::vector<std::string> names = namesIn(folder.get(), session.source.appending(path));
 
-    std::vector<std::string> paths;
+    std::vector<std::pmr::string> paths;
     paths.reserve(names.size());
     for (const auto& name : names) {
         watch.check();
-        std::string relative = path;
+        std::pmr::string relative(path);
         if (!relative.empty())
             relative += '/';
         relative += name;
@@ -87,7 +87,7 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
         paths.push_back(std::move(relative));
     }
 
-    std::unordered_map<std::string, Node> kept;
+    Nodes kept;
     kept.reserve(paths.size());
     session.byID.clear();
     std::vector<const Node*> listed;

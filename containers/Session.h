@@ -6,6 +6,8 @@
 #include "containers/EntryPath.h"
 
 #include <cstdint>
+#include <memory>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,6 +29,9 @@ struct Node {
     std::string name() const { return displayText(lastOfPath(path)); }
 };
 
+/// By path.
+using Nodes = std::pmr::unordered_map<std::pmr::string, Node>;
+
 /// An opened folder or archive. Guarded by the browser's lock.
 struct Session {
     const std::string token;
@@ -37,7 +42,10 @@ struct Session {
     const std::string displayPath;
 
     std::string current{}; ///< path of the folder listed last
-    std::unordered_map<std::string, Node> nodes{};
+    /// The thousands of nodes of an archive come once and go together; those of a folder come and go.
+    std::unique_ptr<std::pmr::monotonic_buffer_resource> arena =
+        archive ? std::make_unique<std::pmr::monotonic_buffer_resource>() : nullptr;
+    Nodes nodes{arena ? arena.get() : std::pmr::get_default_resource()};
     std::unordered_map<std::string_view, const Node*> byID{}; ///< those that have an id
     std::unordered_map<std::string, FileUrl> extracted{};
 

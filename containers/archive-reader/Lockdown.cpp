@@ -53,6 +53,7 @@ struct FilterRelease {
 /// The request, memory, the open descriptors, time, and the end.
 constexpr std::array allowedCalls{SCMP_SYS(recvmsg),
                                   SCMP_SYS(setitimer),
+                                  SCMP_SYS(pread64),
                                   SCMP_SYS(read),
                                   SCMP_SYS(write),
                                   SCMP_SYS(lseek),

@@ -152,18 +152,21 @@ TEST_F(HelperReader, CancelledExtractionLeavesNothing) {
 }
 
 TEST_F(HelperReader, OneHelperStandsReadyAndMayDie) {
-    useReaders(HelperArchiveReader::factory({.program = FileUrl(LYING_HELPER)}));
-    const auto before = processesOf(LYING_HELPER);
+    useLiar();
+    const auto before = processesOf(LYING_HELPER).size();
+    // Starting and ending take a moment.
+    const auto becomes = [&](size_t count) {
+        const auto deadline = steadyNow() + std::chrono::seconds(10);
+        while (processesOf(LYING_HELPER).size() != count && steadyNow() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return processesOf(LYING_HELPER).size() == count;
+    };
     for (int i = 0; i < 3; ++i)
         failureOfListing("crash at once");
-    auto ready = processesOf(LYING_HELPER);
-    // Those that were killed may take a moment to go.
-    for (const auto deadline = steadyNow() + std::chrono::seconds(10);
-         ready.size() != before.size() + 1 && steadyNow() < deadline; ready = processesOf(LYING_HELPER))
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_EQ(ready.size(), before.size() + 1);
-    for (const pid_t process : ready)
+    ASSERT_TRUE(becomes(before + 1));
+    for (const pid_t process : processesOf(LYING_HELPER))
         ::kill(process, SIGKILL);
+    ASSERT_TRUE(becomes(0));
     const auto listing = browse(write("a.zip", "extract short"));
     EXPECT_TRUE(entryNamed(listing, "a")) << "a helper that died while it waited is replaced";
 }
