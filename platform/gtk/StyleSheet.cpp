@@ -136,10 +136,13 @@ StyleSheet::~StyleSheet() {
 void StyleSheet::setTheme(const Theme& theme) {
     if (theme_ == theme)
         return;
+    const bool isNewShade = !theme_ || theme_->shade != theme.shade;
     theme_ = theme;
     load(colors_.get(), colorDefinitions(theme));
-    g_object_set(gtk_settings_get_for_display(display_.get()), "gtk-application-prefer-dark-theme",
-                 static_cast<gboolean>(theme.shade == Shade::dark), nullptr);
+    // Each time this is set, changed or not, the toolkit reads its whole theme anew.
+    if (isNewShade)
+        g_object_set(gtk_settings_get_for_display(display_.get()), "gtk-application-prefer-dark-theme",
+                     static_cast<gboolean>(theme.shade == Shade::dark), nullptr);
 }
 
 WidgetStyle::WidgetStyle(GtkWidget* widget) : provider_(GObjectRef<GtkCssProvider>::adopt(gtk_css_provider_new())) {

@@ -41,6 +41,12 @@ WebView::WebView(const WebViewConfiguration& configuration, const FileUrl& exten
     title_ = publishPageTitle(web_.get());
     watchNavigation();
     refuseRequests();
+    startWebProcess();
+}
+
+// A load of nothing: the process takes longer to start than the rest of the window to be made, so it starts first.
+void WebView::startWebProcess() {
+    webkit_web_view_load_uri(web_.get(), "about:blank");
 }
 
 WebView::~WebView() = default;

@@ -34,6 +34,7 @@ public:
 private:
     void watchNavigation();
     void refuseRequests();
+    void startWebProcess();
     gboolean decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
     bool allows(WebKitNavigationPolicyDecision* decision);
     void loadFailed(WebKitLoadEvent stage, const GError& error);
