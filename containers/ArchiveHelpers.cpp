@@ -79,7 +79,7 @@ void ArchiveHelpers::prepare() noexcept {
         if (closing_)
             return;
         wanted_ = false;
-        const auto ended = std::exchange(leaving_, {});
+        auto ended = std::exchange(leaving_, {});
         const bool isReady = ready_.has_value();
         hold.unlock();
         std::optional<ArchiveHelper> next;
@@ -89,6 +89,7 @@ void ArchiveHelpers::prepare() noexcept {
         } catch (const std::exception&) {
             // The next request starts its own.
         }
+        ended.clear(); // waits for their ends
         hold.lock();
         if (next && !ready_)
             ready_ = std::move(next);
