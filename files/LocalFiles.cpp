@@ -1,10 +1,10 @@
 #include "files/LocalFiles.h"
 
 #include "base/Errors.h"
+#include "base/RegularFile.h"
 #include "base/Text.h"
 #include "base/Uuid.h"
 #include "files/AppAddress.h"
-#include "files/RegularFile.h"
 #include "platform/MainThread.h"
 
 #include <algorithm>

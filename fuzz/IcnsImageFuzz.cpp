@@ -2,7 +2,7 @@
 // member is an image file of its own.
 
 #include "fuzz/PictureFuzz.h"
-#include "prepare/image-worker/IcnsReader.h"
+#include "helpers/image-worker/IcnsReader.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "fuzz/Require.h"
-#include "prepare/image-worker/ImageReader.h"
-#include "prepare/image-worker/PngSink.h"
+#include "helpers/image-worker/ImageReader.h"
+#include "helpers/image-worker/PngSink.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,7 +2,7 @@
 // never becomes so large an image.
 
 #include "fuzz/PictureFuzz.h"
-#include "prepare/image-worker/PsdReader.h"
+#include "helpers/image-worker/PsdReader.h"
 
 using namespace quillmere;
 using fuzz::require;

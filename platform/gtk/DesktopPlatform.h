@@ -7,11 +7,11 @@
 #include "platform/common/PlistDefaults.h"
 #include "platform/common/UserFolders.h"
 #include "platform/common/WorkerImageCodec.h"
-#include "platform/gtk/DesktopApplication.h"
-#include "platform/gtk/DesktopDialogs.h"
-#include "platform/gtk/DesktopServices.h"
 #include "platform/gtk/DesktopToolkit.h"
-#include "platform/gtk/MainLoopExecutor.h"
+#include "platform/gtk/desktop/DesktopApplication.h"
+#include "platform/gtk/desktop/DesktopServices.h"
+#include "platform/gtk/glib/MainLoopExecutor.h"
+#include "platform/gtk/panels/DesktopDialogs.h"
 
 namespace quillmere::platform::gtk {
 

@@ -1,7 +1,7 @@
 #include "platform/gtk/DesktopToolkit.h"
 
-#include "platform/gtk/DesktopWindow.h"
-#include "platform/gtk/WebView.h"
+#include "platform/gtk/web/DesktopWebView.h"
+#include "platform/gtk/window/DesktopWindow.h"
 
 #include <utility>
 
@@ -15,7 +15,7 @@ std::unique_ptr<Window> DesktopToolkit::makeWindow(const WindowSpec& spec) {
 }
 
 std::unique_ptr<platform::WebView> DesktopToolkit::makeWebView(const WebViewConfiguration& configuration) {
-    return std::make_unique<WebView>(configuration, environment_.extensions, environment_.executors);
+    return std::make_unique<DesktopWebView>(configuration, environment_.extensions, environment_.executors);
 }
 
 bool DesktopToolkit::hasSymbol(const std::string& name) const {

@@ -3,7 +3,7 @@
 #include "platform/Executors.h"
 #include "platform/Services.h"
 #include "platform/Toolkit.h"
-#include "platform/gtk/DesktopApplication.h"
+#include "platform/gtk/desktop/DesktopApplication.h"
 
 namespace quillmere::platform::gtk {
 

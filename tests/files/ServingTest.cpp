@@ -1,6 +1,6 @@
 #include "base/FileDescriptor.h"
+#include "base/RegularFile.h"
 #include "files/LocalFiles.h"
-#include "files/RegularFile.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "tests/support/Sandbox.h"
 

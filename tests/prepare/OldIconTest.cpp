@@ -1,4 +1,4 @@
-#include "prepare/image-worker/OldIcon.h"
+#include "helpers/image-worker/OldIcon.h"
 
 #include <gtest/gtest.h>
 #include <string>

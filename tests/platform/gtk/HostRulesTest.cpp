@@ -1,9 +1,9 @@
-#include "platform/gtk/DesktopEntry.h"
-#include "platform/gtk/DesktopServices.h"
-#include "platform/gtk/MainMenu.h"
-#include "platform/gtk/SingleInstance.h"
-#include "platform/gtk/Theme.h"
-#include "platform/gtk/WindowPlacement.h"
+#include "platform/gtk/desktop/DesktopEntry.h"
+#include "platform/gtk/desktop/DesktopMenu.h"
+#include "platform/gtk/desktop/DesktopServices.h"
+#include "platform/gtk/desktop/SingleInstance.h"
+#include "platform/gtk/view/Theme.h"
+#include "platform/gtk/window/WindowPlacement.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -45,7 +45,7 @@ TEST(Theme, WritesColorsWithoutTheLocale) {
     EXPECT_EQ(cssColor({.red = 2, .green = -1, .blue = 0, .alpha = 7}), "rgba(255,0,0,1.000)");
 }
 
-TEST(MainMenu, PutsKeysOnTheDesktopsModifiers) {
+TEST(DesktopMenu, PutsKeysOnTheDesktopsModifiers) {
     const struct {
         std::string key;
         KeyModifiers modifiers;

@@ -1,4 +1,4 @@
-#include "platform/gtk/MainLoopExecutor.h"
+#include "platform/gtk/glib/MainLoopExecutor.h"
 
 #include <atomic>
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "platform/gtk/SchemeStream.h"
+#include "platform/gtk/scheme/SchemeStream.h"
 
 #include <cstring>
 #include <future>

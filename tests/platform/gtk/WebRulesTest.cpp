@@ -1,5 +1,5 @@
-#include "platform/gtk/MediaResolver.h"
-#include "platform/gtk/WebViewBridge.h"
+#include "platform/gtk/media/MediaResolver.h"
+#include "platform/gtk/web/WebViewBridge.h"
 #include "tests/support/Sandbox.h"
 
 #include <fcntl.h>

@@ -1,0 +1,78 @@
+#include "helpers/archive-reader/Outbox.h"
+
+#include "containers/ArchiveProtocol.h"
+
+#include <cerrno>
+#include <string_view>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace quillmere {
+
+namespace {
+
+constexpr int tickMicroseconds = 100'000;
+constexpr int ticksToSignOfLife = 10;
+
+Outbox* current = nullptr; // for the signal
+
+void setTimer(int microseconds) {
+    const timeval interval{.tv_sec = 0, .tv_usec = microseconds};
+    const itimerval timer{.it_interval = interval, .it_value = interval};
+    ::setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+} // namespace
+
+Outbox::Outbox(int descriptor) : descriptor_(descriptor) {
+    pending_.reserve(2 * archiveProtocol::maxData);
+    archiveProtocol::appendPlain(alive_, archiveProtocol::Kind::alive);
+    current = this;
+    struct sigaction action{};
+    action.sa_handler = tick;
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGALRM, &action, nullptr);
+    setTimer(tickMicroseconds);
+}
+
+Outbox::~Outbox() {
+    setTimer(0);
+}
+
+void Outbox::flush() {
+    const Busy busy(*this);
+    write();
+}
+
+/// Runs between any two instructions of the caller: only what is safe then.
+void Outbox::tick(int) {
+    Outbox& outbox = *current;
+    if (outbox.busy_)
+        return;
+    const int error = errno;
+    if (!outbox.pending_.empty()) {
+        outbox.write();
+    } else if (++outbox.ticks_ >= ticksToSignOfLife) {
+        outbox.ticks_ = 0;
+        outbox.write(outbox.alive_);
+    }
+    errno = error;
+}
+
+void Outbox::write() {
+    write(pending_);
+    pending_.clear();
+    ticks_ = 0;
+}
+
+void Outbox::write(const std::string& bytes) const {
+    for (std::string_view rest = bytes; !rest.empty();) {
+        const ssize_t count = ::write(descriptor_, rest.data(), rest.size());
+        if (count > 0)
+            rest.remove_prefix(static_cast<size_t>(count));
+        else if (count == 0 || errno != EINTR)
+            ::_exit(1); // nobody listens any more
+    }
+}
+
+} // namespace quillmere

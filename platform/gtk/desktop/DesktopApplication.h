@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/Application.h"
+#include "platform/gtk/desktop/DesktopMenu.h"
+#include "platform/gtk/desktop/SingleInstance.h"
+#include "platform/gtk/glib/Signals.h"
+
+namespace quillmere::platform::gtk {
+
+class DesktopWindow;
+
+/// The process as a desktop application: event loop, files from second starts, menu, signals of the system.
+/// Main thread only.
+class DesktopApplication final : public Application {
+public:
+    struct About {
+        std::string name;
+        std::string version;
+    };
+
+    DesktopApplication(std::vector<std::string> arguments, InstanceRole role, About about);
+    ~DesktopApplication() override;
+    DesktopApplication(const DesktopApplication&) = delete;
+    DesktopApplication& operator=(const DesktopApplication&) = delete;
+
+    int run(ApplicationClient& client) override;
+    void terminate() override;
+    void activate() override;
+    void setMainMenu(MenuSpec menu) override;
+    const std::vector<std::string>& arguments() const override { return arguments_; }
+
+    GtkApplication* handle() const { return application_.get(); }
+    /// The window that the menu's window actions mean; null when there is none.
+    void setWindow(DesktopWindow* window);
+    /// The user has closed the window.
+    void windowClosed();
+
+private:
+    void launchOrReopen();
+    void openHandedOver(GFile** files, int count);
+    void perform(const MenuItem& item);
+    void performOwn(MenuAction action);
+    void showAbout();
+    void toggleMenu();
+    bool handToPrimary();
+
+    std::vector<std::string> arguments_;
+    About about_;
+    GObjectRef<GtkApplication> application_;
+    SignalConnections connections_;
+    ApplicationClient* client_ = nullptr;
+    DesktopWindow* window_ = nullptr;
+    std::unique_ptr<DesktopMenu> menu_;
+    GObjectWeak<GtkWidget> focusBeforeMenu_;
+    std::vector<guint> systemSignals_;
+    bool launched_ = false;
+};
+
+} // namespace quillmere::platform::gtk

@@ -1,0 +1,38 @@
+#include "platform/gtk/panels/DesktopDialogs.h"
+
+#include "platform/gtk/window/DesktopWindow.h"
+
+namespace quillmere::platform::gtk {
+
+void DesktopDialogs::openPanel(Window& window, const OpenPanelSpec& spec,
+                               std::function<void(std::optional<FileUrl>)> completion) {
+    if (filePanel_) {
+        filePanel_->present();
+        refusing_.after(std::chrono::milliseconds{0},
+                        [completion = std::move(completion)] { completion(std::nullopt); });
+        return;
+    }
+    auto answer = [this, completion = std::move(completion)](std::optional<FileUrl> file) {
+        const auto keep = std::move(filePanel_);
+        if (file)
+            folder_ = file->parent();
+        completion(std::move(file));
+    };
+    auto* parent = static_cast<DesktopWindow&>(window).handle();
+    filePanel_ = std::make_unique<FilePanel>(parent, spec, folder_, std::move(answer));
+}
+
+void DesktopDialogs::alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) {
+    static_cast<DesktopWindow&>(window).sheets().present(spec, std::move(completion));
+}
+
+void DesktopDialogs::colorPanel(Window& window, ColorPanelSpec spec) {
+    colorPanel_ = std::make_unique<ColorPanel>(static_cast<DesktopWindow&>(window).handle(), std::move(spec));
+}
+
+void DesktopDialogs::closeAll() {
+    filePanel_.reset();
+    colorPanel_.reset();
+}
+
+} // namespace quillmere::platform::gtk

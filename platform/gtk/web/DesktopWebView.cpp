@@ -1,0 +1,198 @@
+#include "platform/gtk/web/DesktopWebView.h"
+
+#include "platform/gtk/web/FileDrop.h"
+#include "platform/gtk/web/PageTitle.h"
+#include "platform/gtk/web/WebViewSettings.h"
+
+namespace quillmere::platform::gtk {
+
+namespace {
+
+constexpr std::chrono::seconds filterLimit{5};
+
+class WebWidget final : public WidgetView {
+public:
+    explicit WebWidget(GObjectRef<WebKitWebView> web) : web_(std::move(web)) {}
+    GtkWidget* widget() override { return GTK_WIDGET(web_.get()); }
+
+private:
+    GObjectRef<WebKitWebView> web_;
+};
+
+/// A load that we ended ourselves: by a newer load, or by the navigation policy.
+bool isOwnCancellation(const GError& error) {
+    return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
+           g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
+}
+
+} // namespace
+
+DesktopWebView::DesktopWebView(const WebViewConfiguration& configuration, const FileUrl& extensions,
+                               Executors& executors)
+    : context_(makeWebContext()), session_(makeWebSession()),
+      content_(GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new())),
+      filter_(content_.get(), configuration.scheme, configuration.host),
+      tasks_(context_.get(), configuration.scheme, *configuration.schemeHandler),
+      media_(context_.get(), extensions, *configuration.schemeHandler, executors),
+      bridge_(content_.get(), configuration.messageHandler, configuration.userScript,
+              [this](json::value body) { deliver(std::move(body)); }) {
+    web_ = makeWebWidget(configuration, context_.get(), session_.get(), content_.get());
+    tasks_.setPage(web_.get());
+    view_ = view::View::make(view::Native{std::make_shared<WebWidget>(web_)});
+    title_ = publishPageTitle(web_.get());
+    watchNavigation();
+    refuseRequests();
+    startWebProcess();
+}
+
+// A load of nothing: the process takes longer to start than the rest of the window to be made, so it starts first.
+void DesktopWebView::startWebProcess() {
+    webkit_web_view_load_uri(web_.get(), "about:blank");
+}
+
+DesktopWebView::~DesktopWebView() = default;
+
+void DesktopWebView::watchNavigation() {
+    auto* web = web_.get();
+    signals_.push_back(connect(web, "decide-policy",
+                               [this](WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
+                                   return decide(decision, type);
+                               }));
+    signals_.push_back(connect(web, "load-changed", [this](WebKitWebView*, WebKitLoadEvent stage) {
+        if (stage == WEBKIT_LOAD_COMMITTED)
+            timeout_.cancel();
+    }));
+    signals_.push_back(connect(web, "load-failed",
+                               [this](WebKitWebView*, WebKitLoadEvent stage, const char*, GError* error) -> gboolean {
+                                   loadFailed(stage, *error);
+                                   return TRUE; // no error page of the engine's
+                               }));
+    signals_.push_back(
+        connect(web, "web-process-terminated", [this](WebKitWebView*, WebKitWebProcessTerminationReason) {
+            timeout_.cancel();
+            tasks_.pageIsGone();
+            if (const auto client = client_.lock())
+                client->contentProcessDidTerminate();
+        }));
+}
+
+// Everything that a page may ask of its host and that this one does not give.
+void DesktopWebView::refuseRequests() {
+    auto* web = web_.get();
+    signals_.push_back(connect(web, "context-menu",
+                               [](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult* place) -> gboolean {
+                                   trimContextMenu(menu, place);
+                                   return FALSE; // shown
+                               }));
+    signals_.push_back(
+        connect(web, "create", [](WebKitWebView*, WebKitNavigationAction*) -> GtkWidget* { return nullptr; }));
+    signals_.push_back(
+        connect(web, "permission-request", [](WebKitWebView*, WebKitPermissionRequest* request) -> gboolean {
+            webkit_permission_request_deny(request);
+            return TRUE;
+        }));
+    signals_.push_back(
+        connect(web, "run-file-chooser", [](WebKitWebView*, WebKitFileChooserRequest* request) -> gboolean {
+            webkit_file_chooser_request_cancel(request);
+            return TRUE;
+        }));
+    signals_.push_back(
+        connect(web, "script-dialog", [](WebKitWebView*, WebKitScriptDialog*) -> gboolean { return TRUE; }));
+    signals_.push_back(connect(web, "print", [](WebKitWebView*, WebKitPrintOperation*) -> gboolean { return TRUE; }));
+    signals_.push_back(
+        connect(web, "show-notification", [](WebKitWebView*, WebKitNotification*) -> gboolean { return TRUE; }));
+    signals_.push_back(connect(session_.get(), "download-started", [](WebKitNetworkSession*, WebKitDownload* download) {
+        webkit_download_cancel(download);
+    }));
+}
+
+void DesktopWebView::setClient(std::weak_ptr<WebViewClient> client) {
+    const bool isFirst = client_.expired();
+    client_ = std::move(client);
+    if (isFirst)
+        acceptFileDrops(GTK_WIDGET(web_.get()), client_);
+}
+
+gboolean DesktopWebView::decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
+    bool allowed = false;
+    switch (type) {
+    case WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION:
+        allowed = allows(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+        break;
+    case WEBKIT_POLICY_DECISION_TYPE_RESPONSE:
+        // What cannot be shown would become a download.
+        allowed = webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+        break;
+    case WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION:
+        break;
+    }
+    if (allowed)
+        webkit_policy_decision_use(decision);
+    else
+        webkit_policy_decision_ignore(decision);
+    return TRUE;
+}
+
+bool DesktopWebView::allows(WebKitNavigationPolicyDecision* decision) {
+    const auto client = client_.lock();
+    auto* action = webkit_navigation_policy_decision_get_navigation_action(decision);
+    auto* request = action ? webkit_navigation_action_get_request(action) : nullptr;
+    const char* url = request ? webkit_uri_request_get_uri(request) : nullptr;
+    return client &&
+           client->decideNavigation(url ? std::optional<std::string>(url) : std::nullopt) == NavigationDecision::allow;
+}
+
+void DesktopWebView::load(const std::string& url, std::chrono::seconds timeout) {
+    url_ = url;
+    if (filter_.wait(filterLimit) != NetworkFilter::State::installed) {
+        failProvisionally("The viewer could not be closed off from the network.");
+        return;
+    }
+    timeout_.after(timeout, [this] {
+        webkit_web_view_stop_loading(web_.get());
+        failProvisionally("The viewer did not answer in time.");
+    });
+    webkit_web_view_load_uri(web_.get(), url.c_str());
+}
+
+void DesktopWebView::reload() {
+    if (filter_.state() != NetworkFilter::State::installed)
+        return;
+    if (webkit_web_view_get_uri(web_.get()))
+        webkit_web_view_reload(web_.get());
+    else if (!url_.empty())
+        webkit_web_view_load_uri(web_.get(), url_.c_str());
+}
+
+void DesktopWebView::evaluate(const std::string& script) {
+    webkit_web_view_evaluate_javascript(web_.get(), script.data(), static_cast<gssize>(script.size()), nullptr, nullptr,
+                                        nullptr, nullptr, nullptr);
+}
+
+void DesktopWebView::loadFailed(WebKitLoadEvent stage, const GError& error) {
+    if (stage != WEBKIT_LOAD_STARTED && stage != WEBKIT_LOAD_REDIRECTED)
+        return;
+    if (isOwnCancellation(error))
+        return;
+    timeout_.cancel();
+    failProvisionally(error.message);
+}
+
+// Told on a later turn: never from within the call that began the load.
+void DesktopWebView::failProvisionally(std::string description) {
+    failure_.after(std::chrono::milliseconds(0), [this, description = std::move(description)] {
+        if (const auto client = client_.lock())
+            client->didFailProvisionalNavigation(description);
+    });
+}
+
+void DesktopWebView::deliver(json::value body) {
+    const auto client = client_.lock();
+    if (!client)
+        return;
+    const char* url = webkit_web_view_get_uri(web_.get());
+    client->didReceiveScriptMessage(
+        {.body = std::move(body), .mainFrame = true, .frameUrl = url ? std::optional<std::string>(url) : std::nullopt});
+}
+
+} // namespace quillmere::platform::gtk
