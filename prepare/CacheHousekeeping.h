@@ -6,7 +6,7 @@
 namespace quillmere {
 
 /// Removes what was last written more than 14 days before `now` from the top level of the preview cache, except the
-/// container browser's folder. A cache that is not a folder, or a link to one, is left alone. Never fails. Any thread.
+/// container browser's folder. A cache that is a link to a folder is that folder. Never fails. Any thread.
 void cleanPreviewCache(const FileUrl& cache, WallTime now) noexcept;
 
 } // namespace quillmere
