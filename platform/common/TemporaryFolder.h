@@ -22,8 +22,8 @@ public:
 
     const FileUrl& url() const noexcept { return url_; }
 
-    /// Removes every temporary folder that still exists: for the end of the program, whose workers are not waited for.
-    /// Any thread.
+    /// Removes every temporary folder that still exists, and lets no other be made: for the end of the program, whose
+    /// workers are waited for only while they remove a folder, and not for long. Any thread.
     static void removeAll() noexcept;
 
 private:

@@ -213,6 +213,31 @@ TEST_F(EndOfProgram, AtOnceWhileAWorkerWaits) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.filesystemPath()));
     ::unsetenv("QUILLMERE_TEST_FOLDER");
 }
+TEST_F(EndOfProgram, WhileTheWorkersRemoveTheirFolders) {
+    std::optional<Sandbox> sandbox;
+    if (!::getenv("QUILLMERE_TEST_FOLDER"))
+        ::setenv("QUILLMERE_TEST_FOLDER", sandbox.emplace().root().path().c_str(), 1);
+    const FileUrl folder(::getenv("QUILLMERE_TEST_FOLDER"));
+    const auto end = [&] {
+        platform::ThreadPool pool({.name = "test"});
+        std::latch started(3);
+        for (int i = 0; i < 3; ++i)
+            pool.submit([&] {
+                const auto work = platform::TemporaryFolder::makeInside(folder);
+                // It makes files until it is killed; what is removed with it then is still growing.
+                ChildProcess child(standIn({"do:litter", "-i", "none", work->url().appending("tree").path()}));
+                EXPECT_TRUE(eventually(
+                    [&] { return std::filesystem::exists(work->url().appending("tree/100").filesystemPath()); }));
+                started.count_down();
+                child.wait();
+            });
+        started.wait();
+        platform::endProgram(6);
+    };
+    EXPECT_EXIT(endWithChildren("do:sleep", 1, end), testing::ExitedWithCode(6), "");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.filesystemPath()));
+    ::unsetenv("QUILLMERE_TEST_FOLDER");
+}
 TEST_F(EndOfProgram, Killed) {
     EXPECT_EXIT(endWithChildren("do:sleep", 1, [] { std::raise(SIGKILL); }), testing::KilledBySignal(SIGKILL), "");
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -70,6 +71,18 @@ bool fill(const std::string& output) {
     return false;
 }
 
+/// Makes folders and files below the output until it is killed.
+void litter(const std::string& output) {
+    for (int i = 0;; ++i) {
+        const std::string folder = output + "/" + std::to_string(i);
+        std::filesystem::create_directories(folder);
+        for (const char* name : {"/a", "/b", "/c"})
+            std::ofstream(folder + name) << "litter";
+        if (i > 100)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
 int obey(const std::string& word, const Job& job) {
     const std::string value = word.substr(word.find('=') + 1);
     if (word == "write") {
@@ -84,6 +97,8 @@ int obey(const std::string& word, const Job& job) {
         // The second process has the same command line, by which the test looks for it.
         if (::fork() == 0)
             sleepForever();
+    } else if (word == "litter") {
+        litter(job.output);
     } else if (word == "fill") {
         return fill(job.output) ? 3 : 0;
     } else if (word.starts_with("exit=")) {
