@@ -11,62 +11,53 @@ fail() {
     exit 1
 }
 
-# Runs a command quietly; shows the end of its output only when it fails.
+# Runs a command quietly but for how far it is; shows the end of its output only when it fails.
 quietly() {
     local what=$1 log
     shift
     say "$what …"
     mkdir -p "$root/build/logs"
     log=$root/build/logs/$(printf '%s' "$what" | tr -c 'A-Za-z0-9\n' '-' | cut -c1-60).log
-    if ! "$@" >"$log" 2>&1; then
+    if ! "$@" 2>&1 | progress "$what" >"$log"; then
         tail -n 60 "$log" >&2
         fail "$what failed. The whole output is in ${log#"$root"/}."
     fi
 }
 
-as_root() {
-    if [ "$(id -u)" -eq 0 ]; then
-        "$@"
-    elif command -v sudo >/dev/null; then
-        sudo "$@"
-    else
-        fail "Packages are missing and this needs root or sudo to install them: $*"
-    fi
-}
-
-build_packages=(
-    g++ cmake ninja-build pkg-config
-    libgtk-4-dev libwebkitgtk-6.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
-    libarchive-dev libboost1.81-dev libboost-json1.81-dev libicu-dev libssl-dev libplist-dev
-    libvips-dev libraw-dev libpng-dev libseccomp-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev
-)
-run_packages=(
-    bubblewrap shared-mime-info desktop-file-utils adwaita-icon-theme hicolor-icon-theme librsvg2-common fonts-dejavu-core gstreamer1.0-plugins-base
-    gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
-)
-headless_packages=(xvfb xauth openbox x11-utils imagemagick)
-test_packages=(
-    ffmpeg libreoffice-writer-nogui libreoffice-impress-nogui libarchive-tools libvips-tools
-    python3 python3-gi gir1.2-gtk-4.0 xdotool xclip dbus procps
-)
-bench_packages=(unzip 7zip cpio)
-check_packages=(clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev)
-
-# need PACKAGE...: installs the Debian packages that are missing.
-need() {
-    local missing=() package
-    for package in "$@"; do
-        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+# Passes on what a step prints and says how far it is, from what ninja and apt tell: on a terminal in one line that
+# renews itself, elsewhere in a line every ten seconds.
+progress() {
+    local what=$1 line far='' total='' done=0 told=$SECONDS ended=
+    [ ! -t 2 ] || ended=$'\r\e[K'
+    while IFS= read -r line || [ -n "$line" ]; do
+        printf '%s\n' "$line"
+        if [[ $line =~ ^\[([0-9]+)/([0-9]+)\]\  ]]; then
+            far="${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} steps"
+        elif [[ $line =~ ^[0-9]+\ upgraded,\ ([0-9]+)\ newly ]]; then
+            total=${BASH_REMATCH[1]}
+        elif [[ $line =~ dlstatus:.*file\ ([0-9]+)\ of\ ([0-9]+) ]]; then
+            far="${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} packages fetched"
+        elif [[ $line =~ pmstatus:[^:]*:[0-9.]+:Installed ]]; then
+            done=$((done + 1))
+            far="$done of ${total:-?} packages installed"
+        else
+            continue
+        fi
+        if [ -n "$ended" ]; then
+            printf '\r\e[K%s: %s' "$what" "$far" >&2
+        elif [ $((SECONDS - told)) -ge 10 ]; then
+            say "$what: $far"
+            told=$SECONDS
+        fi
     done
-    [ ${#missing[@]} -eq 0 ] && return
-    command -v apt-get >/dev/null || fail "These Debian packages are needed: ${missing[*]}"
-    if [ -z "${apt_lists_fresh:-}" ]; then
-        quietly "Reading the package lists" as_root apt-get -o DPkg::Lock::Timeout=600 update
-        apt_lists_fresh=yes
-    fi
-    quietly "Installing ${#missing[@]} packages (a few minutes)" as_root env DEBIAN_FRONTEND=noninteractive \
-        apt-get -o DPkg::Lock::Timeout=600 install -y --no-install-recommends "${missing[@]}"
+    [ -z "$far" ] || printf '%s' "$ended" >&2
 }
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+. "$root/scripts/packages.sh"
 
 # The page's tools want Node.js 20.19 and npm 11; an older system gets both into the build folder.
 need_node() {
@@ -87,17 +78,23 @@ need_node() {
     hash -r
 }
 
-# build PRESET: configures and builds it.
-build() {
-    local preset=$1
+# The page's packages are there before the build, which then asks no network.
+need_page_packages() {
+    [ "$root/page/node_modules/.package-lock.json" -nt "$root/page/package-lock.json" ] && return
     need_node
-    (cd "$root" && quietly "Configuring ($preset)" cmake --preset "$preset")
-    say "Building ($preset) …"
-    if [ -t 2 ]; then
-        (cd "$root" && cmake --build --preset "$preset" >&2) || fail "The build failed."
-    else
-        quietly "Compiling ($preset)" cmake --build "$root/build/$preset"
+    quietly "Installing the page's packages" npm ci --prefix "$root/page" --ignore-scripts --no-audit --no-fund --loglevel=error
+}
+
+# build PRESET [TARGET...]: configures and builds it, or the targets alone.
+build() {
+    local preset=$1 folder=$root/build/$1
+    shift
+    need_page_packages
+    if ! [ "$folder/build.ninja" -nt "$root/CMakePresets.json" ]; then
+        need_node
+        (cd "$root" && quietly "Configuring ($preset)" cmake --preset "$preset") || fail "$(packages_hint)"
     fi
+    NINJA_STATUS='[%f/%t] ' quietly "Compiling ($preset)" cmake --build "$folder" ${1:+--target "$@"}
 }
 
 # Starts an X server with a window manager for this script when there is no display, and ends it with the script.
