@@ -1,6 +1,6 @@
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-find_package(Boost 1.74 REQUIRED COMPONENTS json)
+find_package(Boost 1.75 REQUIRED COMPONENTS json)
 find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 pkg_check_modules(ARCHIVE REQUIRED IMPORTED_TARGET libarchive)
