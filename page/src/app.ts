@@ -14,7 +14,7 @@ import { extensionOf, kindOfEntry, kindOfExtension, type Kind } from './kinds';
 import { showListing } from './listing';
 import { entryPath } from './path';
 import { loadViewer, viewerFor } from './registry';
-import { RequestOrder } from './requests';
+import { RequestOrder } from './requestorder';
 import { Stage, type Mounted } from './stage';
 import { showStart } from './start';
 import { Trail } from './trail';

@@ -1,5 +1,5 @@
 import type { Entry, Listing, ToShell } from './bridge';
-import { documentsOf, sortEntries, type Column, type Direction } from './order';
+import { documentsOf, sortEntries, type Column, type Direction } from './sorting';
 import { crumbsOf } from './path';
 
 /** What a list looked like when it was left. */

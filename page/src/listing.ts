@@ -2,9 +2,9 @@ import type { Entry } from './bridge';
 import type { Browser } from './browser';
 import { el, icon } from './dom';
 import { formatCount, formatDate, formatSize } from './format';
-import { VirtualRows } from './grid';
+import { VirtualRows } from './virtualrows';
 import { kindOfEntry } from './kinds';
-import { findTyped, firstDirection, type Column } from './order';
+import { findTyped, firstDirection, type Column } from './sorting';
 
 const ROW = 34;
 const TYPED_FOR = 1000;

@@ -1,9 +1,9 @@
 import { describe, expect, test } from 'vitest';
-import { positionOf, thumbOf } from './bytescroll';
-import { asciiOf, hexOffset, moveCursor, parseOffset } from './hexformat';
-import { nextSpeed, remainingTime } from './mediakeys';
-import { peaksOf } from './peaks';
-import { clampOffset, fitScale, nextStep, percent, zoomAbout } from './zoommath';
+import { positionOf, thumbOf } from './shared/bytescroll';
+import { asciiOf, hexOffset, moveCursor, parseOffset } from './hex/format';
+import { nextSpeed, remainingTime } from './media/commands';
+import { peaksOf } from './media/peaks';
+import { clampOffset, fitScale, nextStep, percent, zoomAbout } from './shared/zoom';
 
 describe('bytes', () => {
     test.each<[string, number | undefined]>([

@@ -1,0 +1,244 @@
+import type { Doc } from '../../doc';
+import { el, iconButton } from '../../dom';
+import { formatSize } from '../../format';
+import type { ViewContext } from '../../view';
+import { clampOffset, clampScale, fitScale, nextStep, percent, zoomAbout, type Point, type Size } from '../shared/zoom';
+import './image.css';
+
+const opaqueExtensions = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
+const sampleSide = 32;
+const panStep = 60;
+
+export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
+    const picture = await load(doc, view.signal);
+    new ImageView(host, doc, view, picture).start();
+}
+
+// An <img> decodes natively and never runs what an SVG may carry.
+async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
+    const image = el('img', { alt: doc.name, draggable: 'false', decoding: 'async' });
+    await new Promise<void>((resolve, reject) => {
+        const stop = () => {
+            image.removeAttribute('src');
+            reject(signal.reason);
+        };
+        signal.addEventListener('abort', stop, { once: true });
+        image.addEventListener('load', () => resolve(), { once: true });
+        image.addEventListener('error', () => reject(new Error('This picture is damaged, or its format is not supported.')), { once: true });
+        image.src = doc.url;
+    });
+    if (image.naturalWidth > 0) await image.decode().catch(() => undefined);
+    signal.throwIfAborted();
+    return image;
+}
+
+// A see-through picture stands on a faint board that differs from its own tone, so that dark line art shows in a dark window.
+function groundFor(image: HTMLImageElement): string[] {
+    const canvas = el('canvas', { width: sampleSide, height: sampleSide });
+    const context = canvas.getContext('2d', { willReadFrequently: true });
+    if (!context) return [];
+    let pixels: Uint8ClampedArray;
+    try {
+        context.drawImage(image, 0, 0, sampleSide, sampleSide);
+        pixels = context.getImageData(0, 0, sampleSide, sampleSide).data;
+    } catch {
+        // A drawing with foreign parts keeps its pixels to itself.
+        return ['see-through', 'on-light'];
+    }
+    let weight = 0;
+    let light = 0;
+    for (let i = 0; i < pixels.length; i += 4) {
+        const [r = 0, g = 0, b = 0, alpha = 0] = pixels.subarray(i, i + 4);
+        weight += alpha;
+        light += alpha * (0.2126 * r + 0.7152 * g + 0.0722 * b);
+    }
+    if (weight > (pixels.length / 4) * 250) return [];
+    return ['see-through', weight > 0 && light / weight > 150 ? 'on-dark' : 'on-light'];
+}
+
+class ImageView {
+    private readonly canvas: HTMLElement;
+    private readonly value = el('button', { class: 'btn value', type: 'button', title: 'Actual size (1)' });
+    private readonly fitButton = iconButton('fit', 'Fit to window (0)', () => this.fit());
+    private readonly natural: Size;
+    private mode: 'fit' | 'free' = 'fit';
+    private scale = 1;
+    private offset: Point = { x: 0, y: 0 };
+    private turn = 0;
+
+    constructor(
+        private readonly host: HTMLElement,
+        private readonly doc: Doc,
+        private readonly view: ViewContext,
+        private readonly image: HTMLImageElement,
+    ) {
+        // A drawing without a size of its own has none to report; it then takes a common one.
+        this.natural = { width: image.naturalWidth || 600, height: image.naturalHeight || 600 };
+        this.canvas = el('div', { class: 'picture', tabindex: '0', role: 'img', 'aria-label': doc.name, 'data-focus': '' }, image);
+        if (!opaqueExtensions.has(doc.ext)) image.classList.add(...groundFor(image));
+    }
+
+    start(): void {
+        const { signal, chrome } = this.view;
+        this.host.append(this.canvas);
+        if (this.image.naturalWidth > 0) chrome.meta(`${this.image.naturalWidth} × ${this.image.naturalHeight} · ${formatSize(this.doc.size)}`);
+        this.value.addEventListener('click', () => this.actual());
+        this.view.bar(
+            [
+                el('span', { class: 'zoomset' }, iconButton('zoom-out', 'Zoom out (−)', () => this.step(-1))),
+                this.value,
+                el('span', { class: 'zoomset' }, iconButton('zoom-in', 'Zoom in (+)', () => this.step(1))),
+                this.fitButton,
+            ],
+            [iconButton('rotate', 'Rotate (R)', () => this.rotate()), iconButton('fullscreen', 'Full screen (F)', () => this.view.post({ type: 'max' }))],
+        );
+        this.canvas.addEventListener('wheel', (event) => this.wheel(event), { passive: false });
+        this.canvas.addEventListener('dblclick', (event) => (this.mode === 'fit' ? this.zoomTo(1, this.fromCentre(event)) : this.fit()));
+        this.canvas.addEventListener('pointerdown', (event) => this.drag(event));
+        this.pinch();
+        document.addEventListener('keydown', (event) => this.key(event), { signal });
+        const resized = new ResizeObserver(() => this.apply());
+        resized.observe(this.canvas);
+        signal.addEventListener('abort', () => {
+            resized.disconnect();
+            this.image.removeAttribute('src');
+        });
+        this.apply();
+    }
+
+    private room(): Size {
+        const style = getComputedStyle(this.canvas);
+        return {
+            width: this.canvas.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight),
+            height: this.canvas.clientHeight - parseFloat(style.paddingTop) - parseFloat(style.paddingBottom),
+        };
+    }
+
+    private turned(): Size {
+        const { width, height } = this.natural;
+        return this.turn % 2 ? { width: height, height: width } : { width, height };
+    }
+
+    // A point of the window as seen from the middle of the free room.
+    private fromCentre(event: { clientX: number; clientY: number }): Point {
+        const box = this.canvas.getBoundingClientRect();
+        const style = getComputedStyle(this.canvas);
+        const room = this.room();
+        return {
+            x: event.clientX - box.left - parseFloat(style.paddingLeft) - room.width / 2,
+            y: event.clientY - box.top - parseFloat(style.paddingTop) - room.height / 2,
+        };
+    }
+
+    private apply(): void {
+        const room = this.room();
+        const size = this.turned();
+        if (this.mode === 'fit') {
+            this.scale = fitScale(size, room);
+            this.offset = { x: 0, y: 0 };
+        }
+        this.offset = clampOffset(this.offset, size, room, this.scale);
+        const { style } = this.image;
+        style.width = `${this.natural.width * this.scale}px`;
+        style.height = `${this.natural.height * this.scale}px`;
+        style.transform = `translate(-50%, -50%) translate(${this.offset.x}px, ${this.offset.y}px) rotate(${this.turn * 90}deg)`;
+        this.image.classList.toggle('pixels', this.scale >= 4);
+        this.canvas.classList.toggle('movable', size.width * this.scale > room.width + 1 || size.height * this.scale > room.height + 1);
+        this.value.textContent = percent(this.scale);
+        this.fitButton.classList.toggle('on', this.mode === 'fit');
+        this.fitButton.setAttribute('aria-pressed', String(this.mode === 'fit'));
+    }
+
+    private fit(): void {
+        this.mode = 'fit';
+        this.apply();
+    }
+
+    private actual(): void {
+        this.zoomTo(1, { x: 0, y: 0 });
+    }
+
+    private step(direction: 1 | -1): void {
+        this.zoomTo(nextStep(this.scale, direction), { x: 0, y: 0 });
+    }
+
+    private rotate(): void {
+        this.turn = (this.turn + 1) % 4;
+        this.apply();
+    }
+
+    private zoomTo(scale: number, about: Point): void {
+        const to = clampScale(scale);
+        this.offset = zoomAbout(this.offset, about, this.scale, to);
+        this.scale = to;
+        this.mode = 'free';
+        this.apply();
+    }
+
+    private moveBy(x: number, y: number): void {
+        this.offset = { x: this.offset.x + x, y: this.offset.y + y };
+        this.apply();
+    }
+
+    private wheel(event: WheelEvent): void {
+        event.preventDefault();
+        if (event.ctrlKey) this.zoomTo(this.scale * Math.exp(-event.deltaY / 240), this.fromCentre(event));
+        else this.moveBy(-event.deltaX, -event.deltaY);
+    }
+
+    private drag(event: PointerEvent): void {
+        if (event.button !== 0 || !this.canvas.classList.contains('movable')) return;
+        event.preventDefault();
+        this.canvas.focus();
+        this.canvas.setPointerCapture(event.pointerId);
+        this.canvas.classList.add('moving');
+        let last = { x: event.clientX, y: event.clientY };
+        const move = (e: PointerEvent) => {
+            this.moveBy(e.clientX - last.x, e.clientY - last.y);
+            last = { x: e.clientX, y: e.clientY };
+        };
+        const end = () => {
+            this.canvas.classList.remove('moving');
+            this.canvas.removeEventListener('pointermove', move);
+            this.canvas.removeEventListener('pointerup', end);
+            this.canvas.removeEventListener('pointercancel', end);
+        };
+        this.canvas.addEventListener('pointermove', move);
+        this.canvas.addEventListener('pointerup', end);
+        this.canvas.addEventListener('pointercancel', end);
+    }
+
+    // The engine reports a pinch on a touch pad as gesture events.
+    private pinch(): void {
+        let from = 1;
+        this.canvas.addEventListener('gesturestart', (event) => {
+            event.preventDefault();
+            from = this.scale;
+        });
+        this.canvas.addEventListener('gesturechange', (event) => {
+            event.preventDefault();
+            const gesture = event as Event & { scale: number; clientX: number; clientY: number };
+            this.zoomTo(from * gesture.scale, this.fromCentre(gesture));
+        });
+    }
+
+    private key(event: KeyboardEvent): void {
+        if (event.defaultPrevented || event.altKey || event.metaKey) return;
+        const movable = this.canvas.classList.contains('movable') && document.activeElement === this.canvas;
+        const pan: Record<string, [number, number]> = {
+            ArrowLeft: [panStep, 0],
+            ArrowRight: [-panStep, 0],
+            ArrowUp: [0, panStep],
+            ArrowDown: [0, -panStep],
+        };
+        const by = pan[event.key];
+        if (by && movable) this.moveBy(...by);
+        else if (event.key === '+' || event.key === '=') this.step(1);
+        else if (event.key === '-' || event.key === '_') this.step(-1);
+        else if (event.key === '0') this.fit();
+        else if (event.key === '1') this.actual();
+        else if (event.key.toLowerCase() === 'r' && !event.ctrlKey) this.rotate();
+        else return;
+        event.preventDefault();
+    }
+}

@@ -1,0 +1,2 @@
+import './streamiteration';
+import 'pdfjs-dist/build/pdf.worker.min.mjs';

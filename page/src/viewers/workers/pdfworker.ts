@@ -1,2 +1,0 @@
-import '../streamiteration';
-import 'pdfjs-dist/build/pdf.worker.min.mjs';
