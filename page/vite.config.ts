@@ -15,7 +15,11 @@ const pdfData = {
         for (const folder of ['cmaps', 'iccs', 'standard_fonts', 'wasm']) {
             const from = new URL(`node_modules/pdfjs-dist/${folder}/`, import.meta.url);
             for (const name of readdirSync(from)) {
-                this.emitFile({ type: 'asset', fileName: `pdf/${folder}/${name}`, source: readFileSync(new URL(name, from)) });
+                this.emitFile({
+                    type: 'asset',
+                    fileName: `pdf/${folder}/${name}`,
+                    source: readFileSync(new URL(name, from)),
+                });
             }
         }
     },

@@ -1,21 +1,29 @@
 import { Appearance } from './appearance';
 import { makeBar } from './bar';
-import { post, type Busy, type Failure, type FromShell, type NativePreview, type OpenContainer, type OpenFile } from './bridge';
+import {
+    type Busy,
+    type Failure,
+    type FromShell,
+    type NativePreview,
+    type OpenContainer,
+    type OpenFile,
+    post,
+} from './bridge';
 import { Browser } from './browser';
 import { showBusy } from './busy';
-import { TitleStrip, type Chrome } from './chrome';
+import { type Chrome, TitleStrip } from './chrome';
 import { clipboardAnswered, copyText } from './clipboard';
 import { Details, factsOfEntry, factsOfFile } from './details';
 import { makeDoc } from './doc';
 import { el, iconButton, isEditable } from './dom';
 import { CANCELLED, showError } from './error';
 import { formatCount } from './format';
-import { extensionOf, kindOfEntry, kindOfExtension, type Kind } from './kinds';
+import { extensionOf, type Kind, kindOfEntry, kindOfExtension } from './kinds';
 import { showListing } from './listing';
 import { entryPath } from './path';
 import { loadViewer, viewerFor } from './registry';
 import { RequestOrder } from './requestorder';
-import { Stage, type Mounted } from './stage';
+import { type Mounted, Stage } from './stage';
 import { showStart } from './start';
 import { Trail } from './trail';
 import type { ViewContext } from './view';
@@ -45,7 +53,9 @@ export class App {
         body.append(this.trail.element, this.stage.element, this.details.element);
         window.addEventListener('keydown', event => this.key(event, event => this.command(event)));
         // Editors have their own idea of Alt with the arrows, so these come first.
-        window.addEventListener('keydown', event => this.key(event, event => event.altKey && this.travel(event)), { capture: true });
+        window.addEventListener('keydown', event => this.key(event, event => event.altKey && this.travel(event)), {
+            capture: true,
+        });
         body.addEventListener('click', event => this.follow(event));
         // The engine's menu offers to reload the page, which would lose what is shown.
         body.addEventListener('contextmenu', event => {
@@ -65,7 +75,8 @@ export class App {
                 clearTimeout(this.startTimer);
                 this.startTimer = window.setTimeout(() => this.showStart(), START_AFTER_INIT);
                 return;
-            case 'busy': return this.busy(message);
+            case 'busy':
+                return this.busy(message);
             case 'open':
                 if (!this.order.accepts(message.requestId)) return;
                 return message.kind === 'container' ? this.list(message) : void this.open(message);
@@ -75,9 +86,12 @@ export class App {
             case 'native-preview':
                 if (this.order.accepts(message.requestId)) this.standAside(message);
                 return;
-            case 'clipboard-result': return clipboardAnswered(message.copyRequestId, message.success);
-            case 'state': return this.setFullScreen(message.maximized);
-            case 'active': return void document.documentElement.classList.toggle('idle', !message.value);
+            case 'clipboard-result':
+                return clipboardAnswered(message.copyRequestId, message.success);
+            case 'state':
+                return this.setFullScreen(message.maximized);
+            case 'active':
+                return void document.documentElement.classList.toggle('idle', !message.value);
         }
     }
 
@@ -114,7 +128,9 @@ export class App {
                 this.strip.show(message.name, kind);
                 if (!message.containerToken) this.trail.show(null);
             }
-            this.stage.cover('view', (host, signal) => showBusy(host, signal, message.name, kind, since, () => post({ type: 'cancel-preview' })));
+            this.stage.cover('view', (host, signal) =>
+                showBusy(host, signal, message.name, kind, since, () => post({ type: 'cancel-preview' })),
+            );
         }, BUSY_AFTER);
     }
 
@@ -139,14 +155,21 @@ export class App {
         } catch (error) {
             if (signal.aborted) return;
             this.fail({
-                type: 'error', name: message.name, requestId: message.requestId, containerToken: message.containerToken,
+                type: 'error',
+                name: message.name,
+                requestId: message.requestId,
+                containerToken: message.containerToken,
                 message: sentenceOf(error),
             });
         }
     }
 
     private context(view: Mounted, signal: AbortSignal): ViewContext {
-        const whileShown = <A extends unknown[]>(act: (...args: A) => void) => (...args: A) => { if (!signal.aborted) act(...args); };
+        const whileShown =
+            <A extends unknown[]>(act: (...args: A) => void) =>
+            (...args: A) => {
+                if (!signal.aborted) act(...args);
+            };
         const { strip, appearance, browser } = this;
         const chrome: Chrome = {
             meta: whileShown(text => strip.meta(text)),
@@ -155,10 +178,15 @@ export class App {
         };
         const position = browser.position;
         return {
-            signal, chrome,
+            signal,
+            chrome,
             prefs: {
-                get showZoom() { return appearance.showZoom; },
-                get airOutline() { return appearance.airOutline; },
+                get showZoom() {
+                    return appearance.showZoom;
+                },
+                get airOutline() {
+                    return appearance.airOutline;
+                },
                 onChange: callback => appearance.addEventListener('change', callback, { signal }),
             },
             neighbours: position && { ...position, go: whileShown(delta => browser.step(delta)) },
@@ -171,16 +199,21 @@ export class App {
         const { container } = message;
         if (!this.browser.arrived(container)) return;
         clearTimeout(this.busyTimer);
-        const kind = container.kind === 'folder' ? kindOfEntry({ isDirectory: true, ext: '' }) : kindOfExtension(extensionOf(container.name));
+        const kind =
+            container.kind === 'folder'
+                ? kindOfEntry({ isDirectory: true, ext: '' })
+                : kindOfExtension(extensionOf(container.name));
         this.details.show(null);
         this.strip.show(message.name, kind);
         this.strip.meta(formatCount(container.entries.length, 'item'));
         this.showTrail(container.token);
-        this.stage.show('body deep', (host, signal) => showListing(host, signal, this.browser, {
-            status: text => this.strip.status(text),
-            copyPath: entry => void this.copyPath(entryPath(container, entry.name)),
-            selected: entry => this.details.show(factsOfEntry(entry, container.path)),
-        }));
+        this.stage.show('body deep', (host, signal) =>
+            showListing(host, signal, this.browser, {
+                status: text => this.strip.status(text),
+                copyPath: entry => void this.copyPath(entryPath(container, entry.name)),
+                selected: entry => this.details.show(factsOfEntry(entry, container.path)),
+            }),
+        );
         this.strip.tools();
         this.enter('listing', 'listing', container.path);
     }
@@ -196,13 +229,15 @@ export class App {
         if (message.name !== undefined) this.strip.show(message.name, kind);
         else this.strip.tools();
         this.showTrail(message.containerToken, inside ? message.name : undefined);
-        this.stage.show('view', host => showError(host, {
-            what: cancelled ? 'Cancelled' : whatFailed(kind, name),
-            message: message.message,
-            cancelled,
-            back: inside ? () => this.browser.refresh() : undefined,
-            status: text => this.strip.status(text),
-        }));
+        this.stage.show('view', host =>
+            showError(host, {
+                what: cancelled ? 'Cancelled' : whatFailed(kind, name),
+                message: message.message,
+                cancelled,
+                back: inside ? () => this.browser.refresh() : undefined,
+                status: text => this.strip.status(text),
+            }),
+        );
         this.enter('error', 'error', message.message);
     }
 
@@ -220,13 +255,23 @@ export class App {
     private showTrail(token: string | undefined, document?: string): void {
         const { browser } = this;
         if (!token) return this.trail.show(null);
-        const inDocument = document !== undefined, { listing } = browser;
+        const inDocument = document !== undefined,
+            { listing } = browser;
         const known = listing?.token === token ? browser.levels : [];
-        const crumbs = known.map(({ label, above }) => ({ label, open: above === null ? undefined : () => browser.climb(above) }));
+        const crumbs = known.map(({ label, above }) => ({
+            label,
+            open: above === null ? undefined : () => browser.climb(above),
+        }));
         if (inDocument) crumbs.push({ label: document, open: undefined });
         const canRise = inDocument || listing?.parentId != null;
-        const up = inDocument ? { title: 'Back to the list (Alt+Up)', go: () => browser.refresh() } : { title: 'Up one level (Alt+Up)', go: () => browser.up() };
-        const copy = iconButton('copy', 'Copy path', () => listing && void this.copyPath(inDocument ? entryPath(listing, document) : listing.path));
+        const up = inDocument
+            ? { title: 'Back to the list (Alt+Up)', go: () => browser.refresh() }
+            : { title: 'Up one level (Alt+Up)', go: () => browser.up() };
+        const copy = iconButton(
+            'copy',
+            'Copy path',
+            () => listing && void this.copyPath(inDocument ? entryPath(listing, document) : listing.path),
+        );
         const refresh = iconButton('refresh', 'Refresh (F5)', () => browser.refresh());
         const tools = inDocument ? [...this.steps(), ...(listing ? [copy] : [])] : [copy, refresh];
         this.trail.show({ crumbs, up: canRise ? up : undefined, tools });
@@ -234,13 +279,19 @@ export class App {
 
     /** To the documents before and after the shown one. */
     private steps(): HTMLElement[] {
-        const { browser } = this, at = browser.position;
+        const { browser } = this,
+            at = browser.position;
         if (!at) return [];
         const before = iconButton('chevron-left', 'Previous document (Alt+Left)', () => browser.step(-1));
         const after = iconButton('chevron-right', 'Next document (Alt+Right)', () => browser.step(1));
         before.disabled = at.index === 0;
         after.disabled = at.index === at.count - 1;
-        return [before, el('span', { class: 'hint num' }, `${at.index + 1} of ${at.count}`), after, el('span', { class: 'sep' })];
+        return [
+            before,
+            el('span', { class: 'hint num' }, `${at.index + 1} of ${at.count}`),
+            after,
+            el('span', { class: 'sep' }),
+        ];
     }
 
     private copyPath(path: string): Promise<void> {
@@ -267,7 +318,8 @@ export class App {
     }
 
     private command(event: KeyboardEvent): boolean {
-        const { key } = event, control = event.ctrlKey || event.metaKey;
+        const { key } = event,
+            control = event.ctrlKey || event.metaKey;
         if (control && !event.altKey) {
             if (key.toLowerCase() === 'o' && !event.shiftKey) post({ type: 'open-dialog' });
             else if (key === ',') post({ type: 'mac-settings' });
@@ -294,7 +346,8 @@ export class App {
 
     /** Keys that move about in a folder or archive. */
     private travel({ key, altKey, ctrlKey, metaKey, shiftKey }: KeyboardEvent): boolean {
-        const { browser } = this, listed = this.state === 'listing';
+        const { browser } = this,
+            listed = this.state === 'listing';
         if (browser.token === null || ctrlKey || metaKey || shiftKey) return false;
         if (altKey ? key === 'ArrowUp' : key === 'Backspace') {
             if (!listed) browser.refresh();
@@ -308,7 +361,9 @@ export class App {
 
 /** Viewers speak to the user through plain errors; what the engine throws is not made for reading. */
 function sentenceOf(error: unknown): string {
-    return error instanceof Error && error.constructor === Error && error.message ? error.message : 'The file is damaged, or it is not what its name says.';
+    return error instanceof Error && error.constructor === Error && error.message
+        ? error.message
+        : 'The file is damaged, or it is not what its name says.';
 }
 
 function whatFailed(kind: Kind, name: string): string {

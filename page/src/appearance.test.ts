@@ -20,10 +20,22 @@ test.each<[string, unknown, 'dark' | 'light', number | null]>([
 
 test.each([
     ['a colour only', { bgMode: 'color', bgPreset: 'backgrounds/bg1.jpg' }, null],
-    ['a preset', { bgMode: 'photo', bgPreset: 'backgrounds/bg1.jpg', bgAlpha: 40, bgBlur: 10 }, { url: 'backgrounds/bg1.jpg', alpha: 0.4, blur: 4 }],
-    ['a photo of one\'s own', { bgMode: 'photo', bgCustomUrl: '/__file/T/background.png?v=1.0' }, { url: '/__file/T/background.png?v=1.0', alpha: 1, blur: 0 }],
+    [
+        'a preset',
+        { bgMode: 'photo', bgPreset: 'backgrounds/bg1.jpg', bgAlpha: 40, bgBlur: 10 },
+        { url: 'backgrounds/bg1.jpg', alpha: 0.4, blur: 4 },
+    ],
+    [
+        "a photo of one's own",
+        { bgMode: 'photo', bgCustomUrl: '/__file/T/background.png?v=1.0' },
+        { url: '/__file/T/background.png?v=1.0', alpha: 1, blur: 0 },
+    ],
     ['a photo that has gone', { bgMode: 'photo', bgPreset: '', bgCustomUrl: '' }, null],
-    ['values out of range', { bgMode: 'photo', bgPreset: 'p', bgAlpha: 900, bgBlur: -3 }, { url: 'p', alpha: 1, blur: 0 }],
+    [
+        'values out of range',
+        { bgMode: 'photo', bgPreset: 'p', bgAlpha: 900, bgBlur: -3 },
+        { url: 'p', alpha: 1, blur: 0 },
+    ],
 ] as const)('photo: %s', (_, prefs, photo) => {
     expect(photoOf(prefs)).toEqual(photo);
 });

@@ -22,18 +22,24 @@ const LIGHT_FROM = 0.32;
 const COLOURED_FROM = 0.02;
 const BLUR_PER_STEP = 0.4;
 
-/** Theme and accent of a tint: its luminance chooses the theme, its hue (in OKLab, when it has one) becomes the accent's. */
+/**
+ * Theme and accent of a tint: its luminance chooses the theme, its hue (in OKLab, when it has one) becomes the
+ * accent's.
+ */
 export function schemeOf(color: unknown): Scheme {
     const tint = typeof color === 'string' && /^#[0-9a-f]{6}$/i.test(color) ? color.toLowerCase() : FALLBACK_TINT;
     const linear = (at: number) => {
         const c = parseInt(tint.slice(at, at + 2), 16) / 255;
         return c <= 0.04045 ? c / 12.92 : ((c + 0.055) / 1.055) ** 2.4;
     };
-    const r = linear(1), g = linear(3), b = linear(5);
+    const r = linear(1),
+        g = linear(3),
+        b = linear(5);
     const l = Math.cbrt(0.4122 * r + 0.5363 * g + 0.0514 * b);
     const m = Math.cbrt(0.2119 * r + 0.6807 * g + 0.1074 * b);
     const s = Math.cbrt(0.0883 * r + 0.2817 * g + 0.63 * b);
-    const greenRed = 1.978 * l - 2.4286 * m + 0.4506 * s, blueYellow = 0.0259 * l + 0.7828 * m - 0.8087 * s;
+    const greenRed = 1.978 * l - 2.4286 * m + 0.4506 * s,
+        blueYellow = 0.0259 * l + 0.7828 * m - 0.8087 * s;
     const coloured = Math.hypot(greenRed, blueYellow) > COLOURED_FROM;
     return {
         tint,
@@ -58,7 +64,8 @@ export class Appearance extends EventTarget {
     private readonly backdrop = new Backdrop();
 
     apply(prefs: Partial<PlatformPreferences>): void {
-        const root = document.documentElement, scheme = schemeOf(prefs.bgColor);
+        const root = document.documentElement,
+            scheme = schemeOf(prefs.bgColor);
         this.showZoom = prefs.showZoom === true;
         this.airOutline = prefs.airOutline !== false;
         root.dataset.theme = scheme.theme;
@@ -96,7 +103,9 @@ class Backdrop {
                 document.documentElement.dataset.photo = 'on';
                 this.soften(image, photo.alpha, theme);
             },
-            () => { if (image === this.image) this.clear(); },
+            () => {
+                if (image === this.image) this.clear();
+            },
         );
     }
 
@@ -123,15 +132,24 @@ function canvas(width: number, height: number): [HTMLCanvasElement, CanvasRender
     return [element, context];
 }
 
-/** A tiny picture of the photo under a veil of the theme's base colour: shrunk, then doubled with a small box blur each time. */
+/**
+ * A tiny picture of the photo under a veil of the theme's base colour: shrunk, then doubled with a small box blur each
+ * time.
+ */
 function softCopy(image: HTMLImageElement, alpha: number, theme: Scheme['theme']): string {
     const [middle, shrink] = canvas(128, 80);
     const cover = Math.max(128 / image.naturalWidth, 80 / image.naturalHeight);
-    const width = image.naturalWidth * cover, height = image.naturalHeight * cover;
+    const width = image.naturalWidth * cover,
+        height = image.naturalHeight * cover;
     shrink.drawImage(image, (128 - width) / 2, (80 - height) / 2, width, height);
     let [picture, context] = canvas(16, 10);
     context.drawImage(middle, 0, 0, 16, 10);
-    for (const [w, h] of [[31, 20], [62, 40], [124, 80], [248, 160]] as const) {
+    for (const [w, h] of [
+        [31, 20],
+        [62, 40],
+        [124, 80],
+        [248, 160],
+    ] as const) {
         const [larger, onto] = canvas(w, h);
         for (let i = 0; i < 9; i++) {
             onto.globalAlpha = 1 / (i + 1);

@@ -2,7 +2,10 @@ import { el, toolbar } from './dom';
 
 const IDLE = 2500;
 
-/** A floating bar at the lower edge of a view: it goes after a while without pointer or key, but not under the pointer or the focus. */
+/**
+ * A floating bar at the lower edge of a view: it goes after a while without pointer or key, but not under the pointer
+ * or the focus.
+ */
 export function makeBar(host: HTMLElement, signal: AbortSignal, groups: HTMLElement[][]): HTMLElement {
     const parts = groups.flatMap((group, i) => (i > 0 ? [el('span', { class: 'sep' }), ...group] : group));
     const bar = toolbar(el('div', { class: 'capsule bar enter' }, ...parts), 'View');

@@ -31,20 +31,43 @@ export type ToShell =
     | { type: 'open-sample'; name: string }
     | { type: 'transcode-media'; url: string; isAudio: boolean; name: string };
 
-export type Init = { type: 'init'; maximized: boolean; platform: string; showDefaultPrompt: boolean; office: 'libreoffice' | 'quicklook' };
+export type Init = {
+    type: 'init';
+    maximized: boolean;
+    platform: string;
+    showDefaultPrompt: boolean;
+    office: 'libreoffice' | 'quicklook';
+};
 export type Busy = { type: 'busy'; name: string; requestId: number; containerToken?: string };
 export type OpenFile = {
-    type: 'open'; url: string; name: string; ext: string; originalExt: string; size: number; requestId: number;
-    kind?: 'text' | 'pages' | 'slides'; containerToken?: string;
+    type: 'open';
+    url: string;
+    name: string;
+    ext: string;
+    originalExt: string;
+    size: number;
+    requestId: number;
+    kind?: 'text' | 'pages' | 'slides';
+    containerToken?: string;
 };
 export type OpenContainer = {
-    type: 'open'; kind: 'container'; name: string; container: Listing; requestId: number; containerToken?: string;
+    type: 'open';
+    kind: 'container';
+    name: string;
+    container: Listing;
+    requestId: number;
+    containerToken?: string;
 };
 export type Failure = { type: 'error'; message: string; requestId: number; name?: string; containerToken?: string };
 export type NativePreview = { type: 'native-preview'; name: string; requestId: number; containerToken?: string };
 
 export type FromShell =
-    | Init | Busy | OpenFile | OpenContainer | Failure | NativePreview
+    | Init
+    | Busy
+    | OpenFile
+    | OpenContainer
+    | Failure
+    | NativePreview
     | { type: 'clipboard-result'; success: boolean; copyRequestId: unknown }
     | { type: 'state'; maximized: boolean }
     | { type: 'active'; value: boolean };
@@ -66,7 +89,10 @@ export interface PlatformPreferences {
 
 interface Host {
     webkit?: { messageHandlers?: { quillMere?: { postMessage(message: ToShell): void } } };
-    Quillmere?: { receive(message: FromShell): void; applyPlatformPreferences(prefs: Partial<PlatformPreferences>): void };
+    Quillmere?: {
+        receive(message: FromShell): void;
+        applyPlatformPreferences(prefs: Partial<PlatformPreferences>): void;
+    };
 }
 const host = globalThis as unknown as Host;
 

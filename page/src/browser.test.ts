@@ -2,11 +2,30 @@ import { beforeEach, expect, test } from 'vitest';
 import type { Entry, Listing, ToShell } from './bridge';
 import { Browser } from './browser';
 
-const file = (name: string, more: Partial<Entry> = {}): Entry =>
-    ({ id: `id-${name}`, name, isDirectory: false, size: 1, modified: 0, ext: name.split('.')[1] ?? '', ...more });
+const file = (name: string, more: Partial<Entry> = {}): Entry => ({
+    id: `id-${name}`,
+    name,
+    isDirectory: false,
+    size: 1,
+    modified: 0,
+    ext: name.split('.')[1] ?? '',
+    ...more,
+});
 const listing = (path: string, more: Partial<Listing> = {}): Listing => ({
-    token: 'T', name: 'dir', kind: 'folder', path, parentId: path === '/x/dir' ? null : 'parent',
-    entries: [file('sub', { isDirectory: true }), file('a.txt'), file('b.zip'), file('c.png'), file('d.pdf', { blockedReason: 'no' }), file('e.md')], ...more,
+    token: 'T',
+    name: 'dir',
+    kind: 'folder',
+    path,
+    parentId: path === '/x/dir' ? null : 'parent',
+    entries: [
+        file('sub', { isDirectory: true }),
+        file('a.txt'),
+        file('b.zip'),
+        file('c.png'),
+        file('d.pdf', { blockedReason: 'no' }),
+        file('e.md'),
+    ],
+    ...more,
 });
 let posted: ToShell[], browser: Browser;
 beforeEach(() => {

@@ -1,6 +1,6 @@
 import type { Entry, Listing, ToShell } from './bridge';
-import { documentsOf, sortEntries, type Column, type Direction } from './sorting';
 import { crumbsOf } from './path';
+import { type Column, type Direction, documentsOf, sortEntries } from './sorting';
 
 /** What a list looked like when it was left. */
 export interface Place {
@@ -18,12 +18,15 @@ export interface Level {
 const PLACES = 200;
 
 /**
- * The page's side of browsing: what is listed, what was opened from it, and how to get back. The shell's session knows one current
- * level; every move is a message, and its answer comes to `arrived`.
+ * The page's side of browsing: what is listed, what was opened from it, and how to get back. The shell's session knows
+ * one current level; every move is a message, and its answer comes to `arrived`.
  */
 export class Browser {
     listing: Listing | null = null;
-    /** Token of the session that the current request belongs to; it can be known without its listing after the page was reloaded. */
+    /**
+     * Token of the session that the current request belongs to; it can be known without its listing after the page was
+     * reloaded.
+     */
     token: string | null = null;
     column: Column = 'name';
     direction: Direction = 'ascending';
@@ -117,7 +120,8 @@ export class Browser {
     get position(): { index: number; count: number } | null {
         const { opened } = this;
         if (!opened) return null;
-        const documents = documentsOf(this.sorted), index = documents.indexOf(opened);
+        const documents = documentsOf(this.sorted),
+            index = documents.indexOf(opened);
         return index < 0 || documents.length < 2 ? null : { index, count: documents.length };
     }
 
@@ -141,7 +145,9 @@ export class Browser {
         const place = this.places.get(this.key) ?? { name: '', scrollTop: 0 };
         const cameFrom = this.selectNext;
         this.selectNext = null;
-        return cameFrom !== null && this.sorted.some(entry => entry.name === cameFrom) ? { ...place, name: cameFrom } : place;
+        return cameFrom !== null && this.sorted.some(entry => entry.name === cameFrom)
+            ? { ...place, name: cameFrom }
+            : place;
     }
 
     private get key(): string {

@@ -5,8 +5,17 @@ import type { Kind } from './kinds';
 const LONG_WAIT = 10_000;
 const SVG = 'http://www.w3.org/2000/svg';
 
-/** The card shown while something is prepared; `since` is the time the work began, in the clock of performance.now(). */
-export function showBusy(host: HTMLElement, signal: AbortSignal, name: string, kind: Kind, since: number, cancel: () => void): void {
+/**
+ * The card shown while something is prepared; `since` is the time the work began, in the clock of performance.now().
+ */
+export function showBusy(
+    host: HTMLElement,
+    signal: AbortSignal,
+    name: string,
+    kind: Kind,
+    since: number,
+    cancel: () => void,
+): void {
     const elapsed = el('span', { class: 'num', 'aria-hidden': 'true' });
     const long = el('span', { class: 'long' });
     const tick = () => {
@@ -17,12 +26,34 @@ export function showBusy(host: HTMLElement, signal: AbortSignal, name: string, k
     tick();
     const timer = setInterval(tick, 250);
     signal.addEventListener('abort', () => clearInterval(timer));
-    host.append(el('div', { class: 'stage' },
-        el('div', { class: 'card busy enter', role: 'status' },
-            el('div', { class: 'ring' }, arc(), icon(kind.icon, kind.family)),
-            el('div', { class: 'what' }, el('b', { title: name }, name), el('span', {}, 'Preparing preview · ', elapsed)),
-            el('div', { class: 'end' }, long,
-                el('button', { class: 'btn', type: 'button', onclick: cancel }, 'Cancel ', el('span', { class: 'kbd' }, 'Esc'))))));
+    host.append(
+        el(
+            'div',
+            { class: 'stage' },
+            el(
+                'div',
+                { class: 'card busy enter', role: 'status' },
+                el('div', { class: 'ring' }, arc(), icon(kind.icon, kind.family)),
+                el(
+                    'div',
+                    { class: 'what' },
+                    el('b', { title: name }, name),
+                    el('span', {}, 'Preparing preview · ', elapsed),
+                ),
+                el(
+                    'div',
+                    { class: 'end' },
+                    long,
+                    el(
+                        'button',
+                        { class: 'btn', type: 'button', onclick: cancel },
+                        'Cancel ',
+                        el('span', { class: 'kbd' }, 'Esc'),
+                    ),
+                ),
+            ),
+        ),
+    );
 }
 
 function arc(): SVGSVGElement {

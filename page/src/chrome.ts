@@ -1,6 +1,6 @@
 import { post } from './bridge';
 import { el, icon, toolbar } from './dom';
-import { kindOfExtension, type Kind } from './kinds';
+import { type Kind, kindOfExtension } from './kinds';
 
 /** The title strip as a view sees it. */
 export interface Chrome {
@@ -19,17 +19,31 @@ export class TitleStrip implements Chrome {
     private readonly symbol = el('span', { class: 'symbol' });
     private readonly nameText = el('b');
     private readonly metaText = el('span', { class: 'meta' });
-    private readonly nameCapsule = el('div', { class: 'capsule name', hidden: true }, this.symbol, this.nameText, this.metaText);
+    private readonly nameCapsule = el(
+        'div',
+        { class: 'capsule name', hidden: true },
+        this.symbol,
+        this.nameText,
+        this.metaText,
+    );
     private readonly toolCapsule = toolbar(el('div', { class: 'capsule', hidden: true }), 'Tools');
     private readonly statusText = el('div', { class: 'capsule status', role: 'status', 'aria-live': 'polite' });
     private statusTimer = 0;
     /** What is shown; empty for nothing. */
     name = '';
-    readonly element = el('header', { class: 'strip', onpointerdown: startDrag },
-        this.nameCapsule, el('span', { class: 'grow' }), this.toolCapsule);
+    readonly element = el(
+        'header',
+        { class: 'strip', onpointerdown: startDrag },
+        this.nameCapsule,
+        el('span', { class: 'grow' }),
+        this.toolCapsule,
+    );
 
     /** `always` follows the tools of the view while it may be offered. */
-    constructor(body: HTMLElement, private readonly always: { button: HTMLElement; offered: () => boolean }) {
+    constructor(
+        body: HTMLElement,
+        private readonly always: { button: HTMLElement; offered: () => boolean },
+    ) {
         // Window controls are native; over a photo they would vanish on a matching spot without a plate of ours.
         body.append(el('div', { class: 'capsule plate', 'aria-hidden': 'true' }), this.element, this.statusText);
     }
@@ -53,7 +67,9 @@ export class TitleStrip implements Chrome {
         const buttons = this.always.offered() ? [...own, this.always.button] : own;
         this.toolCapsule.replaceChildren(...buttons);
         this.toolCapsule.hidden = buttons.length === 0;
-        buttons.forEach((button, i) => (button.tabIndex = i === 0 ? 0 : -1));
+        buttons.forEach((button, i) => {
+            button.tabIndex = i === 0 ? 0 : -1;
+        });
     }
 
     status(text: string): void {

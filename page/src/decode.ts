@@ -23,7 +23,8 @@ export function decodeText(bytes: Uint8Array): DecodedText {
 
 /**
  * Whether the head of a file reads as text: a byte order mark, or no control bytes but the usual white space.
- * Bytes above 0x7f are fine in valid UTF-8 (a sequence cut off by the end of the head included) or, if few, in a legacy encoding.
+ * Bytes above 0x7f are fine in valid UTF-8 (a sequence cut off by the end of the head included) or, if few, in a legacy
+ * encoding.
  */
 export function looksLikeText(head: Uint8Array): boolean {
     if (MARKS.some(({ mark }) => mark.every((byte, i) => head[i] === byte))) return true;

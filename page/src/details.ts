@@ -1,7 +1,7 @@
 import type { Entry, OpenFile } from './bridge';
 import { el, icon, iconButton } from './dom';
 import { formatDate, formatSize } from './format';
-import { kindOfEntry, kindOfExtension, type Kind } from './kinds';
+import { type Kind, kindOfEntry, kindOfExtension } from './kinds';
 
 export interface Facts {
     name: string;
@@ -15,7 +15,9 @@ export interface Facts {
 export function factsOfEntry(entry: Entry, inside: string): Facts {
     const { label } = kindOfEntry({ ...entry, blockedReason: undefined });
     return {
-        name: entry.name, kind: kindOfEntry(entry), label,
+        name: entry.name,
+        kind: kindOfEntry(entry),
+        label,
         rows: [
             ...(entry.isDirectory ? [] : [['Size', formatSize(entry.size)] satisfies [string, string]]),
             ['Modified', formatDate(entry.modified)],
@@ -25,17 +27,26 @@ export function factsOfEntry(entry: Entry, inside: string): Facts {
     };
 }
 
-/** What is known of a shown document, and of the entry it was opened from. The shell tells the size of what it serves only. */
+/**
+ * What is known of a shown document, and of the entry it was opened from. The shell tells the size of what it serves
+ * only.
+ */
 export function factsOfFile(file: OpenFile, entry: Entry | null, inside: string): Facts {
-    const kind = kindOfExtension(file.originalExt || file.ext), shownAs = kindOfExtension(file.ext).label;
+    const kind = kindOfExtension(file.originalExt || file.ext),
+        shownAs = kindOfExtension(file.ext).label;
     const converted = file.ext !== file.originalExt && shownAs !== kind.label;
     const rows: Facts['rows'] = [];
     if (entry || !converted) rows.push(['Size', formatSize(entry ? entry.size : file.size)]);
     if (entry) rows.push(['Modified', formatDate(entry.modified)], ['Inside', inside]);
     if (converted) rows.push(['Shown as', shownAs]);
     return {
-        name: file.name, kind, label: kind.label, rows,
-        note: converted ? { symbol: 'info', text: 'Converted for viewing. The original file was not changed.' } : undefined,
+        name: file.name,
+        kind,
+        label: kind.label,
+        rows,
+        note: converted
+            ? { symbol: 'info', text: 'Converted for viewing. The original file was not changed.' }
+            : undefined,
     };
 }
 
@@ -78,11 +89,31 @@ export class Details {
         document.documentElement.dataset.details = this.open ? 'on' : 'off';
         if (!facts || !this.open) return;
         this.element.replaceChildren(
-            el('header', {}, el('b', {}, 'Details'), iconButton('close', 'Close (Esc)', () => this.toggle())),
-            el('div', { class: 'who' }, icon(facts.kind.icon, facts.kind.family), el('div', {}, el('b', {}, facts.name), el('span', {}, facts.label))),
+            el(
+                'header',
+                {},
+                el('b', {}, 'Details'),
+                iconButton('close', 'Close (Esc)', () => this.toggle()),
+            ),
+            el(
+                'div',
+                { class: 'who' },
+                icon(facts.kind.icon, facts.kind.family),
+                el('div', {}, el('b', {}, facts.name), el('span', {}, facts.label)),
+            ),
             el('dl', {}, ...facts.rows.flatMap(([name, value]) => [el('dt', {}, name), el('dd', {}, value)])),
             facts.note ? el('p', { class: 'note' }, icon(facts.note.symbol, 's'), el('span', {}, facts.note.text)) : '',
             el('span', { class: 'grow' }),
-            el('div', { class: 'foot' }, el('button', { class: 'btn', type: 'button', onclick: () => this.copy(textOf(facts)) }, icon('copy', 's'), 'Copy details')));
+            el(
+                'div',
+                { class: 'foot' },
+                el(
+                    'button',
+                    { class: 'btn', type: 'button', onclick: () => this.copy(textOf(facts)) },
+                    icon('copy', 's'),
+                    'Copy details',
+                ),
+            ),
+        );
     }
 }

@@ -42,8 +42,13 @@ export function makeDoc(fields: DocFields): Doc {
 async function fetchPiece(url: string, from: number, to: number, signal?: AbortSignal) {
     let piece: Uint8Array<ArrayBuffer>;
     try {
-        const response = await fetch(url, { headers: { Range: `bytes=${from}-${to - 1}` }, signal: signal ?? null, cache: 'no-store' });
-        if (response.status !== 206 && !(response.status === 200 && from === 0)) throw new Error(`status ${response.status}`);
+        const response = await fetch(url, {
+            headers: { Range: `bytes=${from}-${to - 1}` },
+            signal: signal ?? null,
+            cache: 'no-store',
+        });
+        if (response.status !== 206 && !(response.status === 200 && from === 0))
+            throw new Error(`status ${response.status}`);
         piece = new Uint8Array(await response.arrayBuffer());
     } catch (error) {
         if (signal?.aborted) throw error;

@@ -1,18 +1,27 @@
 type Child = Node | string | null | undefined | false;
 type Value = string | number | boolean | null | undefined | ((event: never) => void);
 
-/** Properties of an element: `onclick`-like functions become listeners, true sets an empty attribute, false or null leaves it out. */
+/**
+ * Properties of an element: `onclick`-like functions become listeners, true sets an empty attribute, false or null
+ * leaves it out.
+ */
 export type Props = Record<string, Value>;
 
 /** Builds an element. Strings always become text, never markup. */
-export function el<K extends keyof HTMLElementTagNameMap>(tag: K, props: Props = {}, ...children: Child[]): HTMLElementTagNameMap[K] {
+export function el<K extends keyof HTMLElementTagNameMap>(
+    tag: K,
+    props: Props = {},
+    ...children: Child[]
+): HTMLElementTagNameMap[K] {
     const element = document.createElement(tag);
     for (const [key, value] of Object.entries(props)) {
         if (typeof value === 'function') element.addEventListener(key.slice(2), value as EventListener);
         else if (value === true) element.setAttribute(key, '');
         else if (value !== false && value !== null && value !== undefined) element.setAttribute(key, String(value));
     }
-    element.append(...children.filter((child): child is Node | string => child !== null && child !== undefined && child !== false));
+    element.append(
+        ...children.filter((child): child is Node | string => child !== null && child !== undefined && child !== false),
+    );
     return element;
 }
 
@@ -45,15 +54,18 @@ export function isEditable(target: EventTarget | null): boolean {
 export function toolbar(element: HTMLElement, label: string): HTMLElement {
     element.setAttribute('role', 'toolbar');
     element.setAttribute('aria-label', label);
-    const stops = () => [...element.querySelectorAll<HTMLElement>('button:not([disabled]), input, [tabindex]')]
-        .filter(stop => stop.offsetParent !== null);
+    const stops = () =>
+        [...element.querySelectorAll<HTMLElement>('button:not([disabled]), input, [tabindex]')].filter(
+            stop => stop.offsetParent !== null,
+        );
     const rove = (current: HTMLElement | undefined) => {
         for (const stop of stops()) stop.tabIndex = stop === current ? 0 : -1;
     };
     element.addEventListener('focusin', event => rove(event.target as HTMLElement));
     element.addEventListener('keydown', event => {
         if (isEditable(event.target) || event.altKey || event.ctrlKey || event.metaKey) return;
-        const all = stops(), at = all.indexOf(event.target as HTMLElement);
+        const all = stops(),
+            at = all.indexOf(event.target as HTMLElement);
         const to = { ArrowLeft: at - 1, ArrowRight: at + 1, Home: 0, End: all.length - 1 }[event.key];
         if (to === undefined || at < 0) return;
         event.preventDefault();

@@ -12,22 +12,41 @@ const BLOCKED: Kind = { label: 'File', icon: 'file', family: '' };
 
 // icon, colour family, then "label: extensions" by line
 const TABLE: [icon: string, family: string, kinds: string][] = [
-    ['pdf', 'pdf', `PDF document: pdf
-        PostScript document: ps eps`],
-    ['doc', 'doc', `Word document: doc docx docm
+    [
+        'pdf',
+        'pdf',
+        `PDF document: pdf
+        PostScript document: ps eps`,
+    ],
+    [
+        'doc',
+        'doc',
+        `Word document: doc docx docm
         Word template: dot dotx dotm
         Pages document: pages
         OpenDocument text: odt ott fodt
         Rich text: rtf
-        Text document: wpd wps`],
-    ['slides', 'doc', `Presentation: ppt pptx pptm pps ppsx ppsm
+        Text document: wpd wps`,
+    ],
+    [
+        'slides',
+        'doc',
+        `Presentation: ppt pptx pptm pps ppsx ppsm
         Presentation template: pot potx potm
         Keynote presentation: key
-        OpenDocument presentation: odp otp fodp`],
-    ['table', 'table', `Spreadsheet: xls xlsx xlsm xlsb ods numbers
+        OpenDocument presentation: odp otp fodp`,
+    ],
+    [
+        'table',
+        'table',
+        `Spreadsheet: xls xlsx xlsm xlsb ods numbers
         Comma-separated table: csv
-        Tab-separated table: tsv`],
-    ['image', 'image', `PNG image: png apng
+        Tab-separated table: tsv`,
+    ],
+    [
+        'image',
+        'image',
+        `PNG image: png apng
         JPEG image: jpg jpeg jfif
         GIF image: gif
         WebP image: webp
@@ -39,23 +58,35 @@ const TABLE: [icon: string, family: string, kinds: string][] = [
         HEIF image: heic heif
         JPEG 2000 image: jp2 j2k
         Photoshop image: psd
-        Camera image: raw dng cr2 nef arw`],
-    ['audio', 'sound', `MP3 sound: mp3
+        Camera image: raw dng cr2 nef arw`,
+    ],
+    [
+        'audio',
+        'sound',
+        `MP3 sound: mp3
         MPEG-4 sound: m4a
         FLAC sound: flac
         Ogg sound: ogg oga opus
         Wave sound: wav
         AAC sound: aac
-        Sound: wma ac3 eac3 amr awb 3ga aif aiff mid midi`],
-    ['video', 'video', `MPEG-4 video: mp4 m4v
+        Sound: wma ac3 eac3 amr awb 3ga aif aiff mid midi`,
+    ],
+    [
+        'video',
+        'video',
+        `MPEG-4 video: mp4 m4v
         WebM video: webm
         Matroska video: mkv
         QuickTime video: mov
         Ogg video: ogv
         Windows video: wmv asf avi
         MPEG video: mpg mpeg mpe m1v m2v mts m2ts vob
-        Video: dv divx flv rm rmvb 3gp 3g2`],
-    ['archive', 'archive', `Zip archive: zip
+        Video: dv divx flv rm rmvb 3gp 3g2`,
+    ],
+    [
+        'archive',
+        'archive',
+        `Zip archive: zip
         7-Zip archive: 7z
         RAR archive: rar
         Tar archive: tar tgz tbz tbz2 txz
@@ -67,13 +98,21 @@ const TABLE: [icon: string, family: string, kinds: string][] = [
         Java archive: jar war ear
         Application package: apk ipa
         Extension package: xpi vsix
-        Package: nupkg whl`],
-    ['text', '', `Plain text: txt text
+        Package: nupkg whl`,
+    ],
+    [
+        'text',
+        '',
+        `Plain text: txt text
         Markdown text: md markdown
         Log: log
         Subtitles: srt vtt
-        Text: rst adoc tex bib`],
-    ['code', 'code', `JavaScript source: js mjs cjs jsx
+        Text: rst adoc tex bib`,
+    ],
+    [
+        'code',
+        'code',
+        `JavaScript source: js mjs cjs jsx
         TypeScript source: ts tsx cts
         Python source: py pyw
         C source: c h
@@ -100,14 +139,23 @@ const TABLE: [icon: string, family: string, kinds: string][] = [
         YAML data: yaml yml
         Configuration: toml ini cfg conf env properties
         Patch: diff patch
-        CMake script: cmake`],
+        CMake script: cmake`,
+    ],
     ['cube', 'cube', `3D model: glb gltf obj stl ply 3mf fbx`],
-    ['font', 'doc', `TrueType font: ttf
+    [
+        'font',
+        'doc',
+        `TrueType font: ttf
         OpenType font: otf
-        Web font: woff woff2`],
+        Web font: woff woff2`,
+    ],
     ['mail', 'doc', `E-mail message: eml msg`],
-    ['database', 'table', `SQLite database: sqlite sqlite3 db
-        Parquet table: parquet`],
+    [
+        'database',
+        'table',
+        `SQLite database: sqlite sqlite3 db
+        Parquet table: parquet`,
+    ],
     ['book', 'doc', `E-book: epub mobi`],
     ['notebook', 'code', `Notebook: ipynb`],
 ];
@@ -126,7 +174,13 @@ export const extensionOf = (name: string): string => {
 };
 
 export function kindOfExtension(ext: string): Kind {
-    return KINDS.get(ext) ?? { label: ext && ext.length <= 8 ? `${ext.toUpperCase()} file` : 'File', icon: 'file', family: '' };
+    return (
+        KINDS.get(ext) ?? {
+            label: ext && ext.length <= 8 ? `${ext.toUpperCase()} file` : 'File',
+            icon: 'file',
+            family: '',
+        }
+    );
 }
 
 export function kindOfEntry(entry: { isDirectory: boolean; ext: string; blockedReason?: string }): Kind {

@@ -2,13 +2,18 @@ import type { Entry } from './bridge';
 import type { Browser } from './browser';
 import { el, icon } from './dom';
 import { formatCount, formatDate, formatSize } from './format';
-import { VirtualRows } from './virtualrows';
 import { kindOfEntry } from './kinds';
-import { findTyped, firstDirection, type Column } from './sorting';
+import { type Column, findTyped, firstDirection } from './sorting';
+import { VirtualRows } from './virtualrows';
 
 const ROW = 34;
 const TYPED_FOR = 1000;
-const COLUMNS: [Column, string][] = [['name', 'Name'], ['kind', 'Kind'], ['size', 'Size'], ['modified', 'Modified']];
+const COLUMNS: [Column, string][] = [
+    ['name', 'Name'],
+    ['kind', 'Kind'],
+    ['size', 'Size'],
+    ['modified', 'Modified'],
+];
 
 export interface ListingHost {
     status(text: string): void;
@@ -33,19 +38,45 @@ class ListingView {
     private readonly grid: HTMLElement;
     private readonly rows: VirtualRows;
 
-    constructor(host: HTMLElement, signal: AbortSignal, private readonly browser: Browser, private readonly page: ListingHost) {
+    constructor(
+        host: HTMLElement,
+        signal: AbortSignal,
+        private readonly browser: Browser,
+        private readonly page: ListingHost,
+    ) {
         this.entries = browser.entries;
         const place = browser.recall();
-        this.selected = this.entries.length === 0 ? -1 : Math.max(0, this.entries.findIndex(entry => entry.name === place.name));
-        this.grid = el('div', {
-            class: 'grid', role: 'grid', tabindex: 0, 'data-focus': true, 'aria-label': 'Files', 'aria-rowcount': this.entries.length + 1,
-            onkeydown: (event: KeyboardEvent) => this.key(event),
-        }, this.head, this.scroller);
+        this.selected =
+            this.entries.length === 0
+                ? -1
+                : Math.max(
+                      0,
+                      this.entries.findIndex(entry => entry.name === place.name),
+                  );
+        this.grid = el(
+            'div',
+            {
+                class: 'grid',
+                role: 'grid',
+                tabindex: 0,
+                'data-focus': true,
+                'aria-label': 'Files',
+                'aria-rowcount': this.entries.length + 1,
+                onkeydown: (event: KeyboardEvent) => this.key(event),
+            },
+            this.head,
+            this.scroller,
+        );
         host.append(el('div', { class: 'pane listing enter' }, this.grid, this.foot()));
         if (this.entries.length === 0) this.scroller.append(el('p', { class: 'empty' }, 'This folder is empty.'));
         this.sizer.addEventListener('pointerdown', event => this.pick(event));
         this.sizer.addEventListener('dblclick', () => this.open());
-        this.rows = new VirtualRows(this.scroller, this.sizer, { count: this.entries.length, rowHeight: ROW, render: i => this.row(i) }, signal);
+        this.rows = new VirtualRows(
+            this.scroller,
+            this.sizer,
+            { count: this.entries.length, rowHeight: ROW, render: i => this.row(i) },
+            signal,
+        );
         this.showHead();
         this.rows.redraw();
         this.scroller.scrollTop = place.scrollTop;
@@ -56,16 +87,27 @@ class ListingView {
 
     private showHead(): void {
         const { column, direction } = this.browser;
-        this.head.replaceChildren(...COLUMNS.map(([key, label]) => {
-            const sorted = key === column;
-            const button = el('button', { type: 'button', class: sorted && 'sorted', onclick: () => this.sort(key) }, label,
-                sorted && icon('sort', direction === 'ascending' ? 's' : 's down'));
-            return el('div', { role: 'columnheader', class: `col-${key}`, 'aria-sort': sorted ? direction : 'none' }, button);
-        }));
+        this.head.replaceChildren(
+            ...COLUMNS.map(([key, label]) => {
+                const sorted = key === column;
+                const button = el(
+                    'button',
+                    { type: 'button', class: sorted && 'sorted', onclick: () => this.sort(key) },
+                    label,
+                    sorted && icon('sort', direction === 'ascending' ? 's' : 's down'),
+                );
+                return el(
+                    'div',
+                    { role: 'columnheader', class: `col-${key}`, 'aria-sort': sorted ? direction : 'none' },
+                    button,
+                );
+            }),
+        );
     }
 
     private sort(column: Column): void {
-        const { browser } = this, current = this.entries[this.selected];
+        const { browser } = this,
+            current = this.entries[this.selected];
         const turned = browser.direction === 'ascending' ? 'descending' : 'ascending';
         this.entries = browser.sort(column, browser.column === column ? turned : firstDirection(column));
         this.selected = current ? this.entries.indexOf(current) : -1;
@@ -76,24 +118,44 @@ class ListingView {
     }
 
     private row(index: number): HTMLElement {
-        const entry = this.entries[index]!, kind = kindOfEntry(entry), reason = entry.blockedReason;
+        const entry = this.entries[index]!,
+            kind = kindOfEntry(entry),
+            reason = entry.blockedReason;
         const name = el('div', { role: 'gridcell' }, icon(kind.icon, kind.family), this.name(entry, index));
         const cells = reason
             ? [el('span', { class: 'why', role: 'gridcell' }, icon('lock', 's'), el('q', { title: reason }, reason))]
-            : [el('span', { class: 'col-kind', role: 'gridcell' }, kind.label),
-                el('span', { class: 'col-size', role: 'gridcell' }, entry.isDirectory ? '—' : formatSize(entry.size)),
-                el('span', { class: 'col-modified', role: 'gridcell' }, formatDate(entry.modified))];
+            : [
+                  el('span', { class: 'col-kind', role: 'gridcell' }, kind.label),
+                  el('span', { class: 'col-size', role: 'gridcell' }, entry.isDirectory ? '—' : formatSize(entry.size)),
+                  el('span', { class: 'col-modified', role: 'gridcell' }, formatDate(entry.modified)),
+              ];
         const selected = index === this.selected;
-        return el('div', {
-            class: `row${reason ? ' off' : ''}${selected ? ' sel' : ''}`, role: 'row', id: `row-${index}`, 'data-index': index,
-            'aria-rowindex': index + 2, 'aria-selected': String(selected), 'aria-disabled': reason ? 'true' : undefined,
-        }, name, ...cells);
+        return el(
+            'div',
+            {
+                class: `row${reason ? ' off' : ''}${selected ? ' sel' : ''}`,
+                role: 'row',
+                id: `row-${index}`,
+                'data-index': index,
+                'aria-rowindex': index + 2,
+                'aria-selected': String(selected),
+                'aria-disabled': reason ? 'true' : undefined,
+            },
+            name,
+            ...cells,
+        );
     }
 
     /** The name, with the letters typed so far marked on the row they led to. */
     private name(entry: Entry, index: number): HTMLElement {
-        const marked = index === this.selected && entry.name.toLocaleLowerCase().startsWith(this.typed) ? this.typed.length : 0;
-        return el('b', { title: entry.name }, marked > 0 && el('em', {}, entry.name.slice(0, marked)), entry.name.slice(marked));
+        const marked =
+            index === this.selected && entry.name.toLocaleLowerCase().startsWith(this.typed) ? this.typed.length : 0;
+        return el(
+            'b',
+            { title: entry.name },
+            marked > 0 && el('em', {}, entry.name.slice(0, marked)),
+            entry.name.slice(marked),
+        );
     }
 
     private select(index: number): void {
@@ -144,10 +206,15 @@ class ListingView {
     }
 
     private move(key: string): boolean {
-        const last = this.entries.length - 1, step = this.rows.pageStep;
+        const last = this.entries.length - 1,
+            step = this.rows.pageStep;
         const to = {
-            ArrowUp: this.selected - 1, ArrowDown: this.selected + 1, Home: 0, End: last,
-            PageUp: this.selected - step, PageDown: this.selected + step,
+            ArrowUp: this.selected - 1,
+            ArrowDown: this.selected + 1,
+            Home: 0,
+            End: last,
+            PageUp: this.selected - step,
+            PageDown: this.selected + step,
         }[key];
         if (to !== undefined) {
             this.endTyping();
@@ -174,7 +241,11 @@ class ListingView {
         const { index, place, matches } = findTyped(this.entries, typed, this.selected);
         if (index >= 0) this.select(index);
         this.find.className = 'typed';
-        this.find.replaceChildren(icon('search', 's'), el('b', {}, typed), matches ? `${place + 1} of ${matches}` : 'no such name');
+        this.find.replaceChildren(
+            icon('search', 's'),
+            el('b', {}, typed),
+            matches ? `${place + 1} of ${matches}` : 'no such name',
+        );
         this.typedTimer = window.setTimeout(() => this.endTyping(), TYPED_FOR);
     }
 
@@ -189,10 +260,19 @@ class ListingView {
 
     private foot(): HTMLElement {
         const blocked = this.entries.filter(entry => entry.blockedReason).length;
-        const count = formatCount(this.entries.length, 'item') + (blocked ? `, ${blocked.toLocaleString('en-GB')} cannot be opened` : '');
+        const count =
+            formatCount(this.entries.length, 'item') +
+            (blocked ? `, ${blocked.toLocaleString('en-GB')} cannot be opened` : '');
         const key = (label: string) => el('span', { class: 'kbd' }, label);
         this.find.textContent = 'Type a name to find it';
-        return el('div', { class: 'foot' }, el('span', {}, count), el('span', { class: 'grow' }), this.find,
-            el('span', { class: 'hint wide' }, key('↵'), 'Open'), el('span', { class: 'hint wide' }, key('Alt'), key('↑'), 'Up'));
+        return el(
+            'div',
+            { class: 'foot' },
+            el('span', {}, count),
+            el('span', { class: 'grow' }),
+            this.find,
+            el('span', { class: 'hint wide' }, key('↵'), 'Open'),
+            el('span', { class: 'hint wide' }, key('Alt'), key('↑'), 'Up'),
+        );
     }
 }

@@ -22,6 +22,9 @@ test.each<[Listing['kind'], string, string, string]>([
 test('a long path folds in the middle', () => {
     const steps = ['a', 'b', 'c', 'd', 'e'];
     expect([5, 4, 3, 2].map(most => foldCrumbs(steps, most))).toEqual([
-        steps, ['a', null, 'd', 'e'], ['a', null, 'e'], ['a', null, 'e'],
+        steps,
+        ['a', null, 'd', 'e'],
+        ['a', null, 'e'],
+        ['a', null, 'e'],
     ]);
 });

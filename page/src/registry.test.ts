@@ -1,7 +1,9 @@
 import { expect, test } from 'vitest';
-import { LARGE_TEXT, viewerFor, type ViewerName } from './registry';
+import { LARGE_TEXT, type ViewerName, viewerFor } from './registry';
 
-const text = 'const depth = 12;', binary = '\x00\x01\x02\x03', transportStream = 'G@\x00\x10\x00';
+const text = 'const depth = 12;',
+    binary = '\x00\x01\x02\x03',
+    transportStream = 'G@\x00\x10\x00';
 
 test.each<[string, { ext: string; kind?: 'text' | 'pages' | 'slides'; size?: number; head?: string }, ViewerName]>([
     ['the hint over the extension', { ext: 'png', kind: 'text' }, 'text'],

@@ -35,13 +35,16 @@ const VIEWERS: [ViewerName, string][] = [
 ];
 const BY_EXTENSION = new Map(VIEWERS.flatMap(([viewer, list]) => list.split(' ').map(ext => [ext, viewer] as const)));
 
-// Legacy media arrives unconverted when the conversion failed; the players then ask for it once more. Some of these extensions
-// have a second meaning (TypeScript is ".ts" and ".mts" too), so the head decides.
+// Legacy media arrives unconverted when the conversion failed; the players then ask for it once more. Some of these
+// extensions have a second meaning (TypeScript is ".ts" and ".mts" too), so the head decides.
 const LEGACY_VIDEO = new Set('wmv asf avi mpg mpeg mpe m1v m2v ts mts m2ts vob dv divx flv rm rmvb 3gp 3g2'.split(' '));
 const LEGACY_AUDIO = new Set('wma ac3 eac3 amr awb 3ga'.split(' '));
 
 /** Chooses the viewer: the shell's hint first, then the extension, then the first bytes. */
-export async function viewerFor(doc: Pick<Doc, 'ext' | 'kind' | 'size' | 'range'>, signal?: AbortSignal): Promise<ViewerName> {
+export async function viewerFor(
+    doc: Pick<Doc, 'ext' | 'kind' | 'size' | 'range'>,
+    signal?: AbortSignal,
+): Promise<ViewerName> {
     const text = doc.size > LARGE_TEXT ? 'largetext' : 'text';
     if (doc.kind === 'text') return text;
     const known = BY_EXTENSION.get(doc.ext);

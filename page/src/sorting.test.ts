@@ -1,9 +1,15 @@
 import { expect, test } from 'vitest';
 import type { Entry } from './bridge';
-import { documentsOf, findTyped, sortEntries, type Column, type Direction } from './sorting';
+import { type Column, type Direction, documentsOf, findTyped, sortEntries } from './sorting';
 
 const entry = (name: string, more: Partial<Entry> = {}): Entry => ({
-    id: name, name, isDirectory: false, size: 10, modified: 1, ext: name.split('.')[1] ?? '', ...more,
+    id: name,
+    name,
+    isDirectory: false,
+    size: 10,
+    modified: 1,
+    ext: name.split('.')[1] ?? '',
+    ...more,
 });
 // In the order in which the shell sends them.
 const entries = [
@@ -23,7 +29,11 @@ test.each<[Column, Direction, string]>([
     ['modified', 'descending', 'z folder,file10.pdf,locked.pdf,nested.zip,fjord.png,File2.txt'],
     ['kind', 'ascending', 'z folder,locked.pdf,file10.pdf,fjord.png,File2.txt,nested.zip'],
 ])('sorts by %s %s: folders first, equals as they came', (column, direction, names) => {
-    expect(sortEntries(entries, column, direction).map(({ name }) => name).join()).toBe(names);
+    expect(
+        sortEntries(entries, column, direction)
+            .map(({ name }) => name)
+            .join(),
+    ).toBe(names);
 });
 
 test('Left and Right lead through documents only', () => {

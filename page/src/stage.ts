@@ -7,8 +7,8 @@ export interface Mounted {
 }
 
 /**
- * The place where views follow each other. A document that is still loading lies unseen over the view before it, which stays in sight
- * until the document is there: stepping through pictures does not blink.
+ * The place where views follow each other. A document that is still loading lies unseen over the view before it, which
+ * stays in sight until the document is there: stepping through pictures does not blink.
  */
 export class Stage {
     readonly element = el('main', {});

@@ -13,13 +13,43 @@ const STALE_DRAG = 3000;
 /** The view of an empty window: where to drop, what to press, and something to try. */
 export function showStart(host: HTMLElement, signal: AbortSignal): void {
     const heading = el('h1', {}, 'Drop a file or folder here');
-    const open = el('button', { class: 'btn main hero', type: 'button', 'data-focus': true, onclick: () => post({ type: 'open-dialog' }) }, 'Open…');
-    const zone = el('div', { class: 'zone' }, dashes(), icon('mark', 'mark'), heading,
-        el('p', {}, 'Documents, pictures, sound and video, tables, text, code, folders and archives. Files are only read.'),
-        el('div', { class: 'act' }, open, el('span', { class: 'hint' }, 'or press ', el('span', { class: 'kbd' }, 'Ctrl'), el('span', { class: 'kbd' }, 'O'))));
+    const open = el(
+        'button',
+        { class: 'btn main hero', type: 'button', 'data-focus': true, onclick: () => post({ type: 'open-dialog' }) },
+        'Open…',
+    );
+    const zone = el(
+        'div',
+        { class: 'zone' },
+        dashes(),
+        icon('mark', 'mark'),
+        heading,
+        el(
+            'p',
+            {},
+            'Documents, pictures, sound and video, tables, text, code, folders and archives. Files are only read.',
+        ),
+        el(
+            'div',
+            { class: 'act' },
+            open,
+            el(
+                'span',
+                { class: 'hint' },
+                'or press ',
+                el('span', { class: 'kbd' }, 'Ctrl'),
+                el('span', { class: 'kbd' }, 'O'),
+            ),
+        ),
+    );
     const chips = SAMPLES.map(sample =>
-        el('button', { class: 'btn chip', type: 'button', onclick: () => post({ type: 'open-sample', name: sample.file }) },
-            icon(sample.icon, `s ${sample.family}`), sample.label));
+        el(
+            'button',
+            { class: 'btn chip', type: 'button', onclick: () => post({ type: 'open-sample', name: sample.file }) },
+            icon(sample.icon, `s ${sample.family}`),
+            sample.label,
+        ),
+    );
     const samples = el('div', { class: 'samples' }, el('span', { class: 'lead' }, 'Try a sample'), ...chips);
     host.append(el('div', { class: 'stage' }, el('div', { class: 'card start enter' }, zone, samples)));
     followDrags(signal, over => {
@@ -29,13 +59,18 @@ export function showStart(host: HTMLElement, signal: AbortSignal): void {
 }
 
 function dashes(): SVGSVGElement {
-    const svg = icon('', 'dash'), rect = document.createElementNS(svg.namespaceURI, 'rect');
-    for (const [name, value] of Object.entries({ x: '.75', y: '.75', width: '100%', height: '100%', rx: '12' })) rect.setAttribute(name, value);
+    const svg = icon('', 'dash'),
+        rect = document.createElementNS(svg.namespaceURI, 'rect');
+    for (const [name, value] of Object.entries({ x: '.75', y: '.75', width: '100%', height: '100%', rx: '12' }))
+        rect.setAttribute(name, value);
     svg.replaceChildren(rect);
     return svg;
 }
 
-/** The shell takes the drop, so the page may see a drag come in and never hear of it again: whatever tells that it is over ends it. */
+/**
+ * The shell takes the drop, so the page may see a drag come in and never hear of it again: whatever tells that it is
+ * over ends it.
+ */
 function followDrags(signal: AbortSignal, changed: (over: boolean) => void): void {
     let timer = 0;
     const end = () => {
@@ -54,6 +89,7 @@ function followDrags(signal: AbortSignal, changed: (over: boolean) => void): voi
     window.addEventListener('dragenter', here, { signal });
     window.addEventListener('dragover', here, { signal });
     window.addEventListener('dragleave', left, { signal });
-    for (const type of ['drop', 'dragend', 'pointermove', 'pointerdown', 'keydown', 'blur']) window.addEventListener(type, end, { signal });
+    for (const type of ['drop', 'dragend', 'pointermove', 'pointerdown', 'keydown', 'blur'])
+        window.addEventListener(type, end, { signal });
     signal.addEventListener('abort', () => clearTimeout(timer));
 }

@@ -22,9 +22,10 @@ export interface Neighbours {
 }
 
 /**
- * What a viewer gets besides its document. Keys that the viewer does not preventDefault() go on to the page: Left and Right step
- * through the container's documents, Backspace and Alt+Up lead back to its list, "f" toggles full screen. After show() the page
- * focuses the host's first [data-focus] element, unless the viewer has moved the focus into the host itself.
+ * What a viewer gets besides its document. Keys that the viewer does not preventDefault() go on to the page: Left and
+ * Right step through the container's documents, Backspace and Alt+Up lead back to its list, "f" toggles full screen.
+ * After show() the page focuses the host's first [data-focus] element, unless the viewer has moved the focus into the
+ * host itself.
  */
 export interface ViewContext {
     /** Aborted when the view is replaced; takes the place of every destroy method. */

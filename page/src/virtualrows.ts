@@ -10,7 +10,8 @@ export function visibleRows(scrollTop: number, height: number, rowHeight: number
 
 /** The scroll position nearest to `scrollTop` that shows the whole row and the margin at its sides. */
 export function scrollToShow(index: number, scrollTop: number, height: number, rowHeight: number): number {
-    const top = index * rowHeight, bottom = top + rowHeight + 2 * MARGIN;
+    const top = index * rowHeight,
+        bottom = top + rowHeight + 2 * MARGIN;
     if (top < scrollTop) return top;
     return bottom > scrollTop + height ? bottom - height : scrollTop;
 }
@@ -31,7 +32,12 @@ export class VirtualRows {
     private readonly mounted = new Map<number, HTMLElement>();
 
     /** `scroller` scrolls, `sizer` inside it takes the height of all rows; both live as long as `signal`. */
-    constructor(private readonly scroller: HTMLElement, private readonly sizer: HTMLElement, private readonly rows: Rows, signal: AbortSignal) {
+    constructor(
+        private readonly scroller: HTMLElement,
+        private readonly sizer: HTMLElement,
+        private readonly rows: Rows,
+        signal: AbortSignal,
+    ) {
         scroller.addEventListener('scroll', () => this.update(), { signal, passive: true });
         const resized = new ResizeObserver(() => this.update());
         resized.observe(scroller);
@@ -62,7 +68,13 @@ export class VirtualRows {
     }
 
     private update(): void {
-        const { first, last } = visibleRows(this.scroller.scrollTop, this.scroller.clientHeight, this.rows.rowHeight, this.rows.count, SPARE);
+        const { first, last } = visibleRows(
+            this.scroller.scrollTop,
+            this.scroller.clientHeight,
+            this.rows.rowHeight,
+            this.rows.count,
+            SPARE,
+        );
         for (const [index, row] of this.mounted) {
             if (index >= first && index < last) continue;
             row.remove();

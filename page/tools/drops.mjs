@@ -26,8 +26,14 @@ function scatter() {
     ]) {
         for (let tries = 0, made = 0; made < count && tries < count * 30; tries++) {
             const r = from + (to - from) * random() * random();
-            const drop = { x: spread() * 1.7 - 0.05, y: spread() * 1.1 - 0.05, r, tall: 1 + random() * 0.28, bend: random() * 6 };
-            if (drops.some((d) => Math.hypot(d.x - drop.x, (d.y - drop.y) / 1.15) < (d.r + r) * 1.04)) continue;
+            const drop = {
+                x: spread() * 1.7 - 0.05,
+                y: spread() * 1.1 - 0.05,
+                r,
+                tall: 1 + random() * 0.28,
+                bend: random() * 6,
+            };
+            if (drops.some(d => Math.hypot(d.x - drop.x, (d.y - drop.y) / 1.15) < (d.r + r) * 1.04)) continue;
             drops.push(drop);
             made++;
         }
@@ -44,8 +50,14 @@ export function drawDrops(width, height, put) {
 
 function drawDrop(drop, width, height, put) {
     const reach = drop.r * 1.5;
-    const rows = [Math.max(0, Math.floor((drop.y - reach * 1.3) * height)), Math.min(height, Math.ceil((drop.y + reach * 1.4) * height))];
-    const columns = [Math.max(0, Math.floor((drop.x - reach) * height)), Math.min(width, Math.ceil((drop.x + reach) * height))];
+    const rows = [
+        Math.max(0, Math.floor((drop.y - reach * 1.3) * height)),
+        Math.min(height, Math.ceil((drop.y + reach * 1.4) * height)),
+    ];
+    const columns = [
+        Math.max(0, Math.floor((drop.x - reach) * height)),
+        Math.min(width, Math.ceil((drop.x + reach) * height)),
+    ];
     const edge = 1.2 / (drop.r * height);
     for (let row = rows[0]; row < rows[1]; row++) {
         for (let column = columns[0]; column < columns[1]; column++) {

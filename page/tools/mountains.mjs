@@ -86,10 +86,14 @@ export function groundPainter(look) {
     return ({ u, v, ground, depth, slope, light }) => {
         const grain = clouds(u * 420, v * 420, 4, 71);
         const coarse = clouds(u * 60, v * 60, 3, 75);
-        const rock = look.rock.map((c) => c * (0.62 + 0.5 * grain + 0.25 * coarse));
-        const green = smooth(look.treeLine + 0.07, look.treeLine - 0.05, ground + (coarse - 0.5) * 0.1) * smooth(0.45, 0.75, slope);
-        const trees = look.green.map((c) => c * (0.55 + 0.8 * noise(u * 900, v * 900, 79) * grain));
-        const snow = smooth(look.snowLine - 0.05, look.snowLine + 0.1, ground + (grain - 0.5) * 0.16) * smooth(look.snowSlope - 0.1, look.snowSlope + 0.12, slope + (coarse - 0.5) * 0.2);
+        const rock = look.rock.map(c => c * (0.62 + 0.5 * grain + 0.25 * coarse));
+        const green =
+            smooth(look.treeLine + 0.07, look.treeLine - 0.05, ground + (coarse - 0.5) * 0.1) *
+            smooth(0.45, 0.75, slope);
+        const trees = look.green.map(c => c * (0.55 + 0.8 * noise(u * 900, v * 900, 79) * grain));
+        const snow =
+            smooth(look.snowLine - 0.05, look.snowLine + 0.1, ground + (grain - 0.5) * 0.16) *
+            smooth(look.snowSlope - 0.1, look.snowSlope + 0.12, slope + (coarse - 0.5) * 0.2);
         const low = 1 + look.mist * smooth(0.42, 0.02, ground) * 2.2;
         const distance = 1 - Math.exp(-Math.max(0, depth - look.clear) * look.haze * low * (1.1 - ground * 0.5));
         return rock.map((_, i) => {

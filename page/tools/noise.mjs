@@ -8,7 +8,7 @@ function lattice(x, y, seed) {
     return ((h ^ (h >>> 15)) >>> 0) / 4294967296;
 }
 
-const fade = (t) => t * t * t * (t * (t * 6 - 15) + 10);
+const fade = t => t * t * t * (t * (t * 6 - 15) + 10);
 export const mix = (a, b, t) => a + (b - a) * t;
 export const clamp = (v, low = 0, high = 1) => Math.min(high, Math.max(low, v));
 export const smooth = (from, to, v) => {
@@ -51,7 +51,7 @@ export function ridges(x, y, octaves, seed) {
     let weight = 1;
     for (let i = 0; i < octaves; i++) {
         let crest = 1 - Math.abs(2 * noise(x, y, seed + i) - 1);
-        crest *= crest * weight;
+        crest = crest * crest * weight;
         weight = clamp(crest * 1.9);
         sum += amplitude * crest;
         total += amplitude;

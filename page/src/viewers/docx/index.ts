@@ -4,10 +4,10 @@ import type { ViewContext } from '../../view';
 import { disarm, openFrame } from '../shared/frame';
 import './docx.css';
 
-const sizeLimit = 64 * 1024 * 1024;
-const damaged = 'This document is damaged, or it is not a Word document.';
+const SIZE_LIMIT = 64 * 1024 * 1024;
+const DAMAGED = 'This document is DAMAGED, or it is not a Word document.';
 
-const pageStyle = `
+const PAGE_STYLE = `
     :root { color-scheme: light; background: transparent; }
     body { margin: 0; background: transparent; color: #1d211f; }
     .docx-wrapper { background: transparent; padding: 0 12px 60px; display: flex; flex-flow: column; align-items: center; }
@@ -16,7 +16,7 @@ const pageStyle = `
 `;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
-    if (doc.size > sizeLimit) throw new Error('This document is too large to be shown without an office program.');
+    if (doc.size > SIZE_LIMIT) throw new Error('This document is too large to be shown without an office program.');
     const [library, bytes] = await Promise.all([import('docx-preview'), doc.bytes(view.signal)]);
     view.signal.throwIfAborted();
     const body = document.createElement('div');
@@ -33,15 +33,15 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
             debug: false,
         });
     } catch (error) {
-        throw new Error(damaged, { cause: error });
+        throw new Error(DAMAGED, { cause: error });
     }
     view.signal.throwIfAborted();
-    if (!body.querySelector('section')) throw new Error(damaged);
+    if (!body.querySelector('section')) throw new Error(DAMAGED);
     disarm(body);
 
     const inner = await openFrame(host, doc.name, view.signal);
     const own = inner.createElement('style');
-    own.textContent = pageStyle;
+    own.textContent = PAGE_STYLE;
     inner.head.append(...[...styles.childNodes].map(node => inner.adoptNode(node)), own);
     inner.body.append(...[...body.childNodes].map(node => inner.adoptNode(node)));
     const pages = inner.querySelectorAll('section.docx').length;

@@ -11,9 +11,14 @@ export function asciiOf(value: number): string {
     return value >= 0x20 && value < 0x7f ? String.fromCharCode(value) : '·';
 }
 
-// "0x1f0", "1f0h" and digits with a letter in them are hexadecimal, plain digits decimal, "50%" a place in the file.
+/**
+ * "0x1f0", "1f0h" and digits with a letter in them are hexadecimal, plain digits decimal, "50%" a place in the file.
+ */
 export function parseOffset(text: string, size: number): number | undefined {
-    const t = text.trim().toLowerCase().replace(/[\s_,]/g, '');
+    const t = text
+        .trim()
+        .toLowerCase()
+        .replace(/[\s_,]/g, '');
     let value: number;
     if (/^\d+(\.\d+)?%$/.test(t)) value = Math.floor((parseFloat(t) / 100) * size);
     else if (/^0x[0-9a-f]+$/.test(t)) value = parseInt(t.slice(2), 16);

@@ -6,12 +6,14 @@ import { ByteScrollBar, wheelRows } from '../shared/bytescroll';
 import { asciiOf, hexByte, hexOffset, moveCursor, parseOffset } from './format';
 import './hex.css';
 
-const rowHeight = 20;
-const narrowWidth = 720;
+const ROW_HEIGHT = 20;
+const NARROW_WIDTH = 720;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
     if (doc.size === 0) {
-        host.append(el('div', { class: 'sheet enter hex-sheet' }, el('p', { class: 'hex-empty' }, 'This file is empty.')));
+        host.append(
+            el('div', { class: 'sheet enter hex-sheet' }, el('p', { class: 'hex-empty' }, 'This file is empty.')),
+        );
         return;
     }
     await new HexView(host, doc, view).start();
@@ -19,10 +21,19 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 
 class HexView {
     private readonly rows = el('div', { class: 'hex-rows' });
-    private readonly area = el('div', { class: 'hex-area', tabindex: '0', role: 'grid', 'aria-label': 'Bytes' }, this.rows);
+    private readonly area = el(
+        'div',
+        { class: 'hex-area', tabindex: '0', role: 'grid', 'aria-label': 'Bytes' },
+        this.rows,
+    );
     private readonly place = el('span', { role: 'status' });
     private readonly value = el('span', {});
-    private readonly goTo = el('input', { 'aria-label': 'Go to offset', placeholder: 'Go to offset', spellcheck: 'false', autocomplete: 'off' });
+    private readonly goTo = el('input', {
+        'aria-label': 'Go to offset',
+        placeholder: 'Go to offset',
+        spellcheck: 'false',
+        autocomplete: 'off',
+    });
     private readonly bar: ByteScrollBar;
     private readonly cache: BlockCache;
     private perRow = 16;
@@ -38,35 +49,47 @@ class HexView {
     ) {
         this.cache = new BlockCache(doc, view.signal);
         this.bar = new ByteScrollBar(
-            (at) => this.scrollTo(Math.round(at * this.lastTop())),
-            (direction) => this.scrollTo(this.top + direction * (this.visible - 1)),
+            at => this.scrollTo(Math.round(at * this.lastTop())),
+            direction => this.scrollTo(this.top + direction * (this.visible - 1)),
         );
     }
 
     async start(): Promise<void> {
         const { signal } = this.view;
         const foot = el('div', { class: 'foot' }, this.place, this.value, el('span', { class: 'grow' }), this.goTo);
-        this.host.append(el('div', { class: 'sheet enter hex-sheet' }, el('div', { class: 'hex-frame' }, this.area, this.bar.element), foot));
+        this.host.append(
+            el(
+                'div',
+                { class: 'sheet enter hex-sheet' },
+                el('div', { class: 'hex-frame' }, this.area, this.bar.element),
+                foot,
+            ),
+        );
         this.view.chrome.tools(iconButton('search', 'Go to offset (Ctrl+G)', () => this.goTo.focus()));
 
-        const wheel = wheelRows(rowHeight);
-        this.area.addEventListener('wheel', (event) => {
+        const wheel = wheelRows(ROW_HEIGHT);
+        this.area.addEventListener('wheel', event => {
             if (event.ctrlKey || Math.abs(event.deltaX) > Math.abs(event.deltaY)) return;
             event.preventDefault();
             this.scrollTo(this.top + wheel(event));
         });
-        this.area.addEventListener('pointerdown', (event) => {
+        this.area.addEventListener('pointerdown', event => {
             const cell = (event.target as HTMLElement).closest<HTMLElement>('[data-at]');
             if (cell) this.select(Number(cell.dataset['at']));
         });
-        this.area.addEventListener('keydown', (event) => {
+        this.area.addEventListener('keydown', event => {
             if (event.altKey || event.metaKey) return;
-            const to = moveCursor(event.key, event.ctrlKey, { offset: this.cursor, size: this.doc.size, perRow: this.perRow, pageRows: this.visible - 1 });
+            const to = moveCursor(event.key, event.ctrlKey, {
+                offset: this.cursor,
+                size: this.doc.size,
+                perRow: this.perRow,
+                pageRows: this.visible - 1,
+            });
             if (to === undefined) return;
             event.preventDefault();
             this.select(to);
         });
-        this.goTo.addEventListener('keydown', (event) => {
+        this.goTo.addEventListener('keydown', event => {
             if (event.key === 'Escape') this.area.focus();
             if (event.key !== 'Enter') return;
             const to = parseOffset(this.goTo.value, this.doc.size);
@@ -77,7 +100,7 @@ class HexView {
         });
         document.addEventListener(
             'keydown',
-            (event) => {
+            event => {
                 if (event.defaultPrevented || !event.ctrlKey || !['g', 'f'].includes(event.key.toLowerCase())) return;
                 event.preventDefault();
                 this.goTo.focus();
@@ -98,8 +121,8 @@ class HexView {
     }
 
     private measure(): void {
-        this.perRow = this.area.clientWidth < narrowWidth ? 8 : 16;
-        this.visible = Math.max(1, Math.floor((this.area.clientHeight - 12) / rowHeight));
+        this.perRow = this.area.clientWidth < NARROW_WIDTH ? 8 : 16;
+        this.visible = Math.max(1, Math.floor((this.area.clientHeight - 12) / ROW_HEIGHT));
     }
 
     private layout(): void {
@@ -119,7 +142,8 @@ class HexView {
     private scrollTo(row: number): void {
         this.top = Math.max(0, Math.min(row, this.lastTop()));
         this.paint().catch((error: unknown) => {
-            if (!this.view.signal.aborted) this.view.chrome.status(error instanceof Error ? error.message : String(error));
+            if (!this.view.signal.aborted)
+                this.view.chrome.status(error instanceof Error ? error.message : String(error));
         });
     }
 
@@ -130,12 +154,17 @@ class HexView {
         // A later scroll has taken over while the bytes were on their way.
         if (turn !== this.painting || this.view.signal.aborted) return;
         const out: HTMLElement[] = [];
-        for (let at = 0; at < bytes.length; at += this.perRow) out.push(this.row(start + at, bytes.subarray(at, at + this.perRow)));
+        for (let at = 0; at < bytes.length; at += this.perRow)
+            out.push(this.row(start + at, bytes.subarray(at, at + this.perRow)));
         this.rows.replaceChildren(...out);
-        this.bar.set({ at: this.lastTop() ? this.top / this.lastTop() : 0, visible: (this.visible * this.perRow) / this.doc.size });
+        this.bar.set({
+            at: this.lastTop() ? this.top / this.lastTop() : 0,
+            visible: (this.visible * this.perRow) / this.doc.size,
+        });
         const byte = bytes[this.cursor - start];
         this.place.textContent = `Offset ${this.cursor.toLocaleString('en')} (0x${this.cursor.toString(16).toUpperCase()})`;
-        this.value.textContent = byte === undefined ? '' : `${byte} · 0x${hexByte(byte)} · ${byte.toString(2).padStart(8, '0')}`;
+        this.value.textContent =
+            byte === undefined ? '' : `${byte} · 0x${hexByte(byte)} · ${byte.toString(2).padStart(8, '0')}`;
     }
 
     private row(offset: number, bytes: Uint8Array): HTMLElement {
@@ -143,11 +172,19 @@ class HexView {
         const text = el('span', { class: 'as' });
         bytes.forEach((value, i) => {
             const at = offset + i;
-            const cls = `${value === 0 ? 'zero' : ''}${at === this.cursor ? ' at' : ''}${i > 0 && i % 8 === 0 ? ' gap' : ''}`.trim();
+            const cls =
+                `${value === 0 ? 'zero' : ''}${at === this.cursor ? ' at' : ''}${i > 0 && i % 8 === 0 ? ' gap' : ''}`.trim();
             hex.append(el('span', { class: cls, 'data-at': at }, hexByte(value)));
             text.append(el('span', { class: at === this.cursor ? 'at' : '', 'data-at': at }, asciiOf(value)));
         });
-        for (let i = bytes.length; i < this.perRow; i++) hex.append(el('span', { class: i % 8 === 0 ? 'gap' : '' }, '  '));
-        return el('div', { class: 'hex-row', role: 'row' }, el('span', { class: 'no' }, hexOffset(offset, this.doc.size)), hex, text);
+        for (let i = bytes.length; i < this.perRow; i++)
+            hex.append(el('span', { class: i % 8 === 0 ? 'gap' : '' }, '  '));
+        return el(
+            'div',
+            { class: 'hex-row', role: 'row' },
+            el('span', { class: 'no' }, hexOffset(offset, this.doc.size)),
+            hex,
+            text,
+        );
     }
 }

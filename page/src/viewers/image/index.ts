@@ -2,19 +2,19 @@ import type { Doc } from '../../doc';
 import { el, iconButton } from '../../dom';
 import { formatSize } from '../../format';
 import type { ViewContext } from '../../view';
-import { clampOffset, clampScale, fitScale, nextStep, percent, zoomAbout, type Point, type Size } from '../shared/zoom';
+import { clampOffset, clampScale, fitScale, nextStep, type Point, percent, type Size, zoomAbout } from '../shared/zoom';
 import './image.css';
 
-const opaqueExtensions = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
-const sampleSide = 32;
-const panStep = 60;
+const OPAQUE_EXTENSIONS = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
+const SAMPLE_SIDE = 32;
+const PAN_STEP = 60;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
     const picture = await load(doc, view.signal);
     new ImageView(host, doc, view, picture).start();
 }
 
-// An <img> decodes natively and never runs what an SVG may carry.
+/** An <img> decodes natively and never runs what an SVG may carry. */
 async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
     const image = el('img', { alt: doc.name, draggable: 'false', decoding: 'async' });
     await new Promise<void>((resolve, reject) => {
@@ -24,7 +24,11 @@ async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
         };
         signal.addEventListener('abort', stop, { once: true });
         image.addEventListener('load', () => resolve(), { once: true });
-        image.addEventListener('error', () => reject(new Error('This picture is damaged, or its format is not supported.')), { once: true });
+        image.addEventListener(
+            'error',
+            () => reject(new Error('This picture is damaged, or its format is not supported.')),
+            { once: true },
+        );
         image.src = doc.url;
     });
     if (image.naturalWidth > 0) await image.decode().catch(() => undefined);
@@ -32,15 +36,18 @@ async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
     return image;
 }
 
-// A see-through picture stands on a faint board that differs from its own tone, so that dark line art shows in a dark window.
+/**
+ * A see-through picture stands on a faint board that differs from its own tone, so that dark line art shows in a dark
+ * window.
+ */
 function groundFor(image: HTMLImageElement): string[] {
-    const canvas = el('canvas', { width: sampleSide, height: sampleSide });
+    const canvas = el('canvas', { width: SAMPLE_SIDE, height: SAMPLE_SIDE });
     const context = canvas.getContext('2d', { willReadFrequently: true });
     if (!context) return [];
     let pixels: Uint8ClampedArray;
     try {
-        context.drawImage(image, 0, 0, sampleSide, sampleSide);
-        pixels = context.getImageData(0, 0, sampleSide, sampleSide).data;
+        context.drawImage(image, 0, 0, SAMPLE_SIDE, SAMPLE_SIDE);
+        pixels = context.getImageData(0, 0, SAMPLE_SIDE, SAMPLE_SIDE).data;
     } catch {
         // A drawing with foreign parts keeps its pixels to itself.
         return ['see-through', 'on-light'];
@@ -74,29 +81,47 @@ class ImageView {
     ) {
         // A drawing without a size of its own has none to report; it then takes a common one.
         this.natural = { width: image.naturalWidth || 600, height: image.naturalHeight || 600 };
-        this.canvas = el('div', { class: 'picture', tabindex: '0', role: 'img', 'aria-label': doc.name, 'data-focus': '' }, image);
-        if (!opaqueExtensions.has(doc.ext)) image.classList.add(...groundFor(image));
+        this.canvas = el(
+            'div',
+            { class: 'picture', tabindex: '0', role: 'img', 'aria-label': doc.name, 'data-focus': '' },
+            image,
+        );
+        if (!OPAQUE_EXTENSIONS.has(doc.ext)) image.classList.add(...groundFor(image));
     }
 
     start(): void {
         const { signal, chrome } = this.view;
         this.host.append(this.canvas);
-        if (this.image.naturalWidth > 0) chrome.meta(`${this.image.naturalWidth} × ${this.image.naturalHeight} · ${formatSize(this.doc.size)}`);
+        if (this.image.naturalWidth > 0)
+            chrome.meta(`${this.image.naturalWidth} × ${this.image.naturalHeight} · ${formatSize(this.doc.size)}`);
         this.value.addEventListener('click', () => this.actual());
         this.view.bar(
             [
-                el('span', { class: 'zoomset' }, iconButton('zoom-out', 'Zoom out (−)', () => this.step(-1))),
+                el(
+                    'span',
+                    { class: 'zoomset' },
+                    iconButton('zoom-out', 'Zoom out (−)', () => this.step(-1)),
+                ),
                 this.value,
-                el('span', { class: 'zoomset' }, iconButton('zoom-in', 'Zoom in (+)', () => this.step(1))),
+                el(
+                    'span',
+                    { class: 'zoomset' },
+                    iconButton('zoom-in', 'Zoom in (+)', () => this.step(1)),
+                ),
                 this.fitButton,
             ],
-            [iconButton('rotate', 'Rotate (R)', () => this.rotate()), iconButton('fullscreen', 'Full screen (F)', () => this.view.post({ type: 'max' }))],
+            [
+                iconButton('rotate', 'Rotate (R)', () => this.rotate()),
+                iconButton('fullscreen', 'Full screen (F)', () => this.view.post({ type: 'max' })),
+            ],
         );
-        this.canvas.addEventListener('wheel', (event) => this.wheel(event), { passive: false });
-        this.canvas.addEventListener('dblclick', (event) => (this.mode === 'fit' ? this.zoomTo(1, this.fromCentre(event)) : this.fit()));
-        this.canvas.addEventListener('pointerdown', (event) => this.drag(event));
+        this.canvas.addEventListener('wheel', event => this.wheel(event), { passive: false });
+        this.canvas.addEventListener('dblclick', event =>
+            this.mode === 'fit' ? this.zoomTo(1, this.fromCentre(event)) : this.fit(),
+        );
+        this.canvas.addEventListener('pointerdown', event => this.drag(event));
         this.pinch();
-        document.addEventListener('keydown', (event) => this.key(event), { signal });
+        document.addEventListener('keydown', event => this.key(event), { signal });
         const resized = new ResizeObserver(() => this.apply());
         resized.observe(this.canvas);
         signal.addEventListener('abort', () => {
@@ -119,7 +144,7 @@ class ImageView {
         return this.turn % 2 ? { width: height, height: width } : { width, height };
     }
 
-    // A point of the window as seen from the middle of the free room.
+    /** A point of the window as seen from the middle of the free room. */
     private fromCentre(event: { clientX: number; clientY: number }): Point {
         const box = this.canvas.getBoundingClientRect();
         const style = getComputedStyle(this.canvas);
@@ -143,7 +168,10 @@ class ImageView {
         style.height = `${this.natural.height * this.scale}px`;
         style.transform = `translate(-50%, -50%) translate(${this.offset.x}px, ${this.offset.y}px) rotate(${this.turn * 90}deg)`;
         this.image.classList.toggle('pixels', this.scale >= 4);
-        this.canvas.classList.toggle('movable', size.width * this.scale > room.width + 1 || size.height * this.scale > room.height + 1);
+        this.canvas.classList.toggle(
+            'movable',
+            size.width * this.scale > room.width + 1 || size.height * this.scale > room.height + 1,
+        );
         this.value.textContent = percent(this.scale);
         this.fitButton.classList.toggle('on', this.mode === 'fit');
         this.fitButton.setAttribute('aria-pressed', String(this.mode === 'fit'));
@@ -208,14 +236,14 @@ class ImageView {
         this.canvas.addEventListener('pointercancel', end);
     }
 
-    // The engine reports a pinch on a touch pad as gesture events.
+    /** The engine reports a pinch on a touch pad as gesture events. */
     private pinch(): void {
         let from = 1;
-        this.canvas.addEventListener('gesturestart', (event) => {
+        this.canvas.addEventListener('gesturestart', event => {
             event.preventDefault();
             from = this.scale;
         });
-        this.canvas.addEventListener('gesturechange', (event) => {
+        this.canvas.addEventListener('gesturechange', event => {
             event.preventDefault();
             const gesture = event as Event & { scale: number; clientX: number; clientY: number };
             this.zoomTo(from * gesture.scale, this.fromCentre(gesture));
@@ -226,10 +254,10 @@ class ImageView {
         if (event.defaultPrevented || event.altKey || event.metaKey) return;
         const movable = this.canvas.classList.contains('movable') && document.activeElement === this.canvas;
         const pan: Record<string, [number, number]> = {
-            ArrowLeft: [panStep, 0],
-            ArrowRight: [-panStep, 0],
-            ArrowUp: [0, panStep],
-            ArrowDown: [0, -panStep],
+            ArrowLeft: [PAN_STEP, 0],
+            ArrowRight: [-PAN_STEP, 0],
+            ArrowUp: [0, PAN_STEP],
+            ArrowDown: [0, -PAN_STEP],
         };
         const by = pan[event.key];
         if (by && movable) this.moveBy(...by);

@@ -6,16 +6,16 @@ export interface Needle {
     foldCase: boolean;
 }
 
-const chunkSize = 4 * 1024 * 1024;
+const CHUNK_SIZE = 4 * 1024 * 1024;
 
-// Letters outside ASCII have no single-byte case pairs in every encoding, so those are looked for exactly as typed.
+/** Letters outside ASCII have no single-byte case pairs in every encoding, so those are looked for exactly as typed. */
 export function makeNeedle(query: string, encoding: Encoding): Needle {
     const ascii = /^[\0-\x7f]*$/.test(query);
     let bytes: Uint8Array;
     if (encoding === 'utf-8') {
         bytes = new TextEncoder().encode(query);
     } else if (encoding === 'windows-1252') {
-        bytes = Uint8Array.from(query, (c) => windows1252Byte(c));
+        bytes = Uint8Array.from(query, c => windows1252Byte(c));
     } else {
         bytes = new Uint8Array(query.length * 2);
         const view = new DataView(bytes.buffer);
@@ -32,7 +32,7 @@ function windows1252Byte(character: string): number {
     return 0;
 }
 
-// One character for every byte, so that positions in the string are positions in the file.
+/** One character for every byte, so that positions in the string are positions in the file. */
 function asCharacters(bytes: Uint8Array, foldCase: boolean): string {
     const text = new TextDecoder('windows-1252').decode(bytes);
     return foldCase ? text.toLowerCase() : text;
@@ -45,9 +45,16 @@ export interface SearchOptions {
     progress?(done: number): void;
 }
 
-// Finds the nearest match at or after `from` (forward) or starting before it (backward), reading the file in pieces
-// that overlap by the length of the needle. Does not wrap. Returns the match's offset or -1.
-export async function findBytes(source: RangeSource, needle: Needle, options: SearchOptions, pieceSize = chunkSize): Promise<number> {
+/**
+ * Finds the nearest match at or after `from` (forward) or starting before it (backward), reading the file in pieces
+ * that overlap by the length of the needle. Does not wrap. Returns the match's offset or -1.
+ */
+export async function findBytes(
+    source: RangeSource,
+    needle: Needle,
+    options: SearchOptions,
+    pieceSize = CHUNK_SIZE,
+): Promise<number> {
     const length = needle.bytes.length;
     if (length === 0) return -1;
     const wanted = asCharacters(needle.bytes, needle.foldCase);

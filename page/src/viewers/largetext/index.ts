@@ -1,18 +1,23 @@
 import type { Doc } from '../../doc';
 import { el, iconButton } from '../../dom';
 import type { ViewContext } from '../../view';
-import { findBytes, makeNeedle } from './bytesearch';
 import { ByteScrollBar, wheelRows } from '../shared/bytescroll';
 import { FindBar } from '../shared/findbar';
+import { findBytes, makeNeedle } from './bytesearch';
 import { LineIndex } from './lineindex';
-import { TextRows, type Row } from './textrows';
+import { type Row, TextRows } from './textrows';
 import './largetext.css';
 
-const rowHeight = 20;
-const longRow = 4096;
-const nearBytes = 1024 * 1024;
-const typingPause = 300;
-const encodingNames = { 'utf-8': 'UTF-8', 'utf-16le': 'UTF-16 LE', 'utf-16be': 'UTF-16 BE', 'windows-1252': 'Windows-1252' };
+const ROW_HEIGHT = 20;
+const LONG_ROW = 4096;
+const NEAR_BYTES = 1024 * 1024;
+const TYPING_PAUSE = 300;
+const ENCODING_NAMES = {
+    'utf-8': 'UTF-8',
+    'utf-16le': 'UTF-16 LE',
+    'utf-16be': 'UTF-16 BE',
+    'windows-1252': 'Windows-1252',
+};
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
     const head = await doc.range(0, 64 * 1024, view.signal);
@@ -33,7 +38,7 @@ class LargeText {
     private top: number;
     private lastTop = 0;
     private visible = 30;
-    // What input asked for since the last turn of the loop; merged, so that a held key never builds up a queue.
+    /** What input asked for since the last turn of the loop; merged, so that a held key never builds up a queue. */
     private delta = 0;
     private target: number | undefined;
     private layoutStale = true;
@@ -54,15 +59,18 @@ class LargeText {
         this.known = { offset: rows.origin, line: 1 };
         this.index = new LineIndex(doc, (bytes, start) => rows.countNewlinesIn(bytes, start));
         this.bar = new ByteScrollBar(
-            (at) => this.ask({ target: at >= 1 ? doc.size - 1 : at * this.lastTop }),
-            (direction) => this.ask({ delta: direction * (this.visible - 1) }),
+            at => this.ask({ target: at >= 1 ? doc.size - 1 : at * this.lastTop }),
+            direction => this.ask({ delta: direction * (this.visible - 1) }),
         );
         this.find = new FindBar({
-            query: (text) => {
+            query: text => {
                 clearTimeout(this.typingTimer);
-                this.typingTimer = window.setTimeout(() => void this.search(text, 1, this.match?.start ?? this.top), typingPause);
+                this.typingTimer = window.setTimeout(
+                    () => void this.search(text, 1, this.match?.start ?? this.top),
+                    TYPING_PAUSE,
+                );
             },
-            step: (direction) => {
+            step: direction => {
                 clearTimeout(this.typingTimer);
                 const from = this.match ? (direction > 0 ? this.match.start + 1 : this.match.start) : this.top;
                 void this.search(this.find.text, direction, from);
@@ -77,24 +85,33 @@ class LargeText {
             },
         });
         this.wrapButton = iconButton('wrap', 'Wrap lines (Alt+Z)', () => this.toggleWrap());
-        this.findButton = iconButton('search', 'Find (Ctrl+F)', () => (this.find.isOpen ? this.find.close() : this.openFind()));
+        this.findButton = iconButton('search', 'Find (Ctrl+F)', () =>
+            this.find.isOpen ? this.find.close() : this.openFind(),
+        );
     }
 
     async start(): Promise<void> {
         const { signal } = this.view;
         const area = el('div', { class: 'lt-area' }, this.scroller, this.bar.element);
-        const foot = el('div', { class: 'foot' }, this.place, el('span', { class: 'grow' }), this.counting, el('span', {}, encodingNames[this.rows.encoding]));
+        const foot = el(
+            'div',
+            { class: 'foot' },
+            this.place,
+            el('span', { class: 'grow' }),
+            this.counting,
+            el('span', {}, ENCODING_NAMES[this.rows.encoding]),
+        );
         this.host.append(el('div', { class: 'sheet enter lt-sheet' }, area, this.find.element, foot));
         this.view.chrome.tools(this.wrapButton, this.findButton);
 
-        const wheel = wheelRows(rowHeight);
-        area.addEventListener('wheel', (event) => {
+        const wheel = wheelRows(ROW_HEIGHT);
+        area.addEventListener('wheel', event => {
             if (event.ctrlKey || Math.abs(event.deltaX) > Math.abs(event.deltaY)) return;
             event.preventDefault();
             const delta = wheel(event);
             if (delta) this.ask({ delta });
         });
-        document.addEventListener('keydown', (event) => this.key(event), { signal });
+        document.addEventListener('keydown', event => this.key(event), { signal });
         const resized = new ResizeObserver(() => {
             this.layoutStale = true;
             this.ask({});
@@ -118,7 +135,8 @@ class LargeText {
         }
         this.delta += wish.delta ?? 0;
         this.settle().catch((error: unknown) => {
-            if (!this.view.signal.aborted) this.view.chrome.status(error instanceof Error ? error.message : String(error));
+            if (!this.view.signal.aborted)
+                this.view.chrome.status(error instanceof Error ? error.message : String(error));
         });
     }
 
@@ -151,12 +169,12 @@ class LargeText {
 
     private async layout(): Promise<void> {
         this.layoutStale = false;
-        this.visible = Math.max(1, Math.floor((this.scroller.clientHeight - 12) / rowHeight));
+        this.visible = Math.max(1, Math.floor((this.scroller.clientHeight - 12) / ROW_HEIGHT));
         if (this.wrapButton.classList.contains('on')) {
             const columns = Math.floor((this.scroller.clientWidth - 120) / this.characterWidth());
             this.rows.segment = Math.max(16, columns - (columns % 4));
         } else {
-            this.rows.segment = longRow;
+            this.rows.segment = LONG_ROW;
         }
         this.top = await this.rows.rowAt(this.top);
         this.lastTop = await this.rows.move(await this.rows.rowAt(this.rows.size - 1), 1 - this.visible);
@@ -184,22 +202,32 @@ class LargeText {
             elements.push(el('div', { class: 'lt-row' }, el('span', { class: 'no' }, number), text));
         }
         if (this.view.signal.aborted) return;
-        this.lines.style.setProperty('--digits', String(Math.max(5, (line ?? this.index.newlines).toLocaleString('en').length)));
+        this.lines.style.setProperty(
+            '--digits',
+            String(Math.max(5, (line ?? this.index.newlines).toLocaleString('en').length)),
+        );
         this.lines.replaceChildren(...elements);
         this.lines.querySelector('mark.at')?.scrollIntoView({ block: 'nearest', inline: 'nearest' });
         const last = rows[rows.length - 1] as Row;
-        const at = this.lastTop > this.rows.origin ? (this.top - this.rows.origin) / (this.lastTop - this.rows.origin) : 0;
+        const at =
+            this.lastTop > this.rows.origin ? (this.top - this.rows.origin) / (this.lastTop - this.rows.origin) : 0;
         this.bar.set({ at, visible: this.lastTop > this.rows.origin ? (last.end - first.start) / this.rows.size : 1 });
         const topLine = await this.lineOf(first.start);
         const offset = `Offset ${first.start.toLocaleString('en')}`;
-        this.place.textContent = topLine === undefined ? `${offset} · ${Math.floor(at * 100)}%` : `Line ${topLine.toLocaleString('en')} · ${offset}`;
+        this.place.textContent =
+            topLine === undefined
+                ? `${offset} · ${Math.floor(at * 100)}%`
+                : `Line ${topLine.toLocaleString('en')} · ${offset}`;
     }
 
     private async lineOf(offset: number): Promise<number | undefined> {
         let line: number | undefined;
-        if (this.known && Math.abs(offset - this.known.offset) <= nearBytes) {
+        if (this.known && Math.abs(offset - this.known.offset) <= NEAR_BYTES) {
             const { offset: from, line: known } = this.known;
-            line = offset >= from ? known + (await this.rows.newlinesBetween(from, offset)) : known - (await this.rows.newlinesBetween(offset, from));
+            line =
+                offset >= from
+                    ? known + (await this.rows.newlinesBetween(from, offset))
+                    : known - (await this.rows.newlinesBetween(offset, from));
         } else {
             line = await this.index.lineAt(offset);
         }
@@ -242,7 +270,14 @@ class LargeText {
         const page = this.visible - 1;
         const inside = event.target === this.scroller || event.target === document.body;
         if (event.ctrlKey && event.key.toLowerCase() === 'f') this.openFind();
-        else if (event.key === 'F3') this.find.isOpen ? void this.search(this.find.text, event.shiftKey ? -1 : 1, (this.match?.start ?? this.top) + (event.shiftKey ? 0 : 1)) : this.openFind();
+        else if (event.key === 'F3')
+            this.find.isOpen
+                ? void this.search(
+                      this.find.text,
+                      event.shiftKey ? -1 : 1,
+                      (this.match?.start ?? this.top) + (event.shiftKey ? 0 : 1),
+                  )
+                : this.openFind();
         else if (event.altKey && event.key.toLowerCase() === 'z') this.toggleWrap();
         else if (event.key === 'Escape' && this.find.isOpen) this.find.close();
         else if (!inside || event.altKey || event.metaKey) return;
@@ -285,7 +320,7 @@ class LargeText {
                 from: start,
                 direction: direction > 0 ? 'forward' : 'backward',
                 signal: run.signal,
-                progress: (done) => {
+                progress: done => {
                     scanned += Math.abs(done - last);
                     last = done;
                     this.find.report(`${Math.min(99, Math.floor((scanned / size) * 100))}%`);

@@ -72,7 +72,7 @@ describe('rows', () => {
         ['control characters', Uint8Array.of(0x61, 0, 0x1b, 0x62), 'a␀␛b'],
     ])('text of %s', async (_, bytes, expected) => {
         const lines: string[] = [];
-        for (const row of await rowsOf(bytes, 64).rows((rowsOf(bytes)).origin, 1000)) {
+        for (const row of await rowsOf(bytes, 64).rows(rowsOf(bytes).origin, 1000)) {
             if (row.startsLine) lines.push(row.text);
             else lines[lines.length - 1] += row.text;
         }
@@ -112,25 +112,40 @@ describe('search', () => {
         ['backward, nothing left', 'needle', 6, 'backward', -1],
     ])('%s', async (_, query, from, direction, expected) => {
         for (const piece of [16, 37, 100_000]) {
-            expect(await findBytes(source(bytes), makeNeedle(query, 'utf-8'), { from, direction, signal }, piece)).toBe(expected);
+            expect(await findBytes(source(bytes), makeNeedle(query, 'utf-8'), { from, direction, signal }, piece)).toBe(
+                expected,
+            );
         }
     });
 
     test('other encodings', async () => {
         const wide = utf16('abc €5', false);
-        expect(await findBytes(source(wide), makeNeedle('€5', 'utf-16be'), { from: 0, direction: 'forward', signal })).toBe(10);
+        expect(
+            await findBytes(source(wide), makeNeedle('€5', 'utf-16be'), { from: 0, direction: 'forward', signal }),
+        ).toBe(10);
         const legacy = Uint8Array.of(0x20, 0xfc, 0x35);
-        expect(await findBytes(source(legacy), makeNeedle('ü5', 'windows-1252'), { from: 0, direction: 'forward', signal })).toBe(1);
+        expect(
+            await findBytes(source(legacy), makeNeedle('ü5', 'windows-1252'), {
+                from: 0,
+                direction: 'forward',
+                signal,
+            }),
+        ).toBe(1);
     });
 
     test('stops when cancelled', async () => {
         const cancel = new AbortController();
-        const search = findBytes(source(new Uint8Array(1000)), makeNeedle('zz', 'utf-8'), {
-            from: 0,
-            direction: 'forward',
-            signal: cancel.signal,
-            progress: () => cancel.abort(),
-        }, 16);
+        const search = findBytes(
+            source(new Uint8Array(1000)),
+            makeNeedle('zz', 'utf-8'),
+            {
+                from: 0,
+                direction: 'forward',
+                signal: cancel.signal,
+                progress: () => cancel.abort(),
+            },
+            16,
+        );
         await expect(search).rejects.toThrow();
     });
 });

@@ -9,8 +9,8 @@ export interface Row {
     startsLine: boolean;
 }
 
-const blockMask = 64 * 1024;
-const windowMargin = 256 * 1024;
+const BLOCK_MASK = 64 * 1024;
+const WINDOW_MARGIN = 256 * 1024;
 
 export function detectEncoding(head: Uint8Array): { encoding: Encoding; bom: number } {
     if (head[0] === 0xef && head[1] === 0xbb && head[2] === 0xbf) return { encoding: 'utf-8', bom: 3 };
@@ -25,16 +25,20 @@ export function detectEncoding(head: Uint8Array): { encoding: Encoding; bom: num
     }
 }
 
-// Control characters would be invisible or move the text; their pictures stand in for them.
+/** Control characters would be invisible or move the text; their pictures stand in for them. */
 function printable(text: string): string {
-    return text.replace(/[\0-\x08\x0b-\x1f\x7f]/g, (c) => (c === '\x7f' ? '\u2421' : String.fromCharCode(0x2400 + c.charCodeAt(0))));
+    return text.replace(/[\0-\x08\x0b-\x1f\x7f]/g, c =>
+        c === '\x7f' ? '\u2421' : String.fromCharCode(0x2400 + c.charCodeAt(0)),
+    );
 }
 
-// Cuts a file of any size into display rows without knowing what comes before.
-//
-// A row ends at a line feed or after `segment` bytes. In a line too long to look back through, rows are counted from
-// an anchor: a multiple of 64 KiB that has no line feed in the 64 KiB before it. So the row at a given place is the
-// same whichever way one came there, and finding it reads at most 128 KiB before it.
+/**
+ * Cuts a file of any size into display rows without knowing what comes before.
+ *
+ * A row ends at a line feed or after `segment` bytes. In a line too long to look back through, rows are counted from
+ * an anchor: a multiple of 64 KiB that has no line feed in the 64 KiB before it. So the row at a given place is the
+ * same whichever way one came there, and finding it reads at most 128 KiB before it.
+ */
 export class TextRows {
     readonly size: number;
     readonly encoding: Encoding;
@@ -58,15 +62,15 @@ export class TextRows {
 
     async rowAt(offset: number): Promise<number> {
         const x = this.clamp(offset);
-        await this.cover(x - 3 * blockMask, x + this.segment + blockMask + 8);
+        await this.cover(x - 3 * BLOCK_MASK, x + this.segment + BLOCK_MASK + 8);
         return this.rowAtNow(x);
     }
 
-    // The start of the row that lies `count` rows away; stops at either end of the file.
+    /** The start of the row that lies `count` rows away; stops at either end of the file. */
     async move(row: number, count: number): Promise<number> {
         let at = row;
         for (let i = 0; i < count; i++) {
-            await this.cover(at - 2 * blockMask, at + this.segment + blockMask + 8);
+            await this.cover(at - 2 * BLOCK_MASK, at + this.segment + BLOCK_MASK + 8);
             const next = this.nextNow(at);
             if (next >= this.size) break;
             at = next;
@@ -78,15 +82,20 @@ export class TextRows {
     async rows(from: number, count: number): Promise<Row[]> {
         const out: Row[] = [];
         for (let at = from; out.length < count && at < this.size; ) {
-            await this.cover(at - 2 * blockMask, at + this.segment + blockMask + 8);
+            await this.cover(at - 2 * BLOCK_MASK, at + this.segment + BLOCK_MASK + 8);
             const end = this.nextNow(at);
-            out.push({ start: at, end, text: this.textNow(at, end), startsLine: at === this.origin || this.isNewlineEnd(at) });
+            out.push({
+                start: at,
+                end,
+                text: this.textNow(at, end),
+                startsLine: at === this.origin || this.isNewlineEnd(at),
+            });
             at = end;
         }
         return out;
     }
 
-    // How many characters of a row lie before a byte inside it.
+    /** How many characters of a row lie before a byte inside it. */
     async columnOf(row: number, offset: number): Promise<number> {
         await this.cover(row, offset);
         return this.textNow(row, offset).length;
@@ -109,8 +118,8 @@ export class TextRows {
         const from = Math.max(0, start);
         const to = Math.min(this.size, end);
         if (from >= this.base && to <= this.base + this.window.length) return;
-        const base = Math.max(0, from - windowMargin);
-        this.window = await this.cache.read(base, to + windowMargin);
+        const base = Math.max(0, from - WINDOW_MARGIN);
+        this.window = await this.cache.read(base, to + WINDOW_MARGIN);
         this.base = base;
     }
 
@@ -120,7 +129,8 @@ export class TextRows {
 
     private isNewlineAt(at: number): boolean {
         if (this.unit === 1) return this.byte(at) === 10;
-        const [low, high] = this.encoding === 'utf-16le' ? [this.byte(at), this.byte(at + 1)] : [this.byte(at + 1), this.byte(at)];
+        const [low, high] =
+            this.encoding === 'utf-16le' ? [this.byte(at), this.byte(at + 1)] : [this.byte(at + 1), this.byte(at)];
         return low === 10 && high === 0;
     }
 
@@ -128,7 +138,7 @@ export class TextRows {
         return at - this.unit >= this.origin && this.isNewlineAt(at - this.unit);
     }
 
-    // The last line feed that starts in [from, to), or -1.
+    /** The last line feed that starts in [from, to), or -1. */
     private lastNewline(from: number, to: number): number {
         const low = Math.max(from, this.origin);
         if (this.unit === 1) {
@@ -150,7 +160,7 @@ export class TextRows {
         return -1;
     }
 
-    // Moves back to the start of the character that the byte belongs to.
+    /** Moves back to the start of the character that the byte belongs to. */
     private characterStart(at: number): number {
         if (at >= this.size) return this.size;
         if (this.encoding === 'windows-1252') return at;
@@ -165,14 +175,14 @@ export class TextRows {
     }
 
     private rowAtNow(x: number): number {
-        const block = Math.floor(x / blockMask) * blockMask;
+        const block = Math.floor(x / BLOCK_MASK) * BLOCK_MASK;
         const near = this.lastNewline(block, x);
         let row: number;
         if (near >= 0) {
             row = near + this.unit;
         } else {
-            const before = this.lastNewline(block - blockMask, block);
-            const anchored = block - blockMask >= this.origin;
+            const before = this.lastNewline(block - BLOCK_MASK, block);
+            const anchored = block - BLOCK_MASK >= this.origin;
             row = before >= 0 ? before + this.unit : anchored ? this.characterStart(block) : this.origin;
         }
         for (;;) {
@@ -190,10 +200,14 @@ export class TextRows {
             const whole = this.characterStart(end);
             if (whole > row) end = whole;
         }
-        for (let block = (Math.floor(row / blockMask) + 1) * blockMask; block <= end + 3 && block < this.size; block += blockMask) {
+        for (
+            let block = (Math.floor(row / BLOCK_MASK) + 1) * BLOCK_MASK;
+            block <= end + 3 && block < this.size;
+            block += BLOCK_MASK
+        ) {
             const anchor = this.characterStart(block);
-            if (anchor <= row || anchor >= end || block - blockMask < this.origin) continue;
-            if (this.lastNewline(block - blockMask, block) < 0) return anchor;
+            if (anchor <= row || anchor >= end || block - BLOCK_MASK < this.origin) continue;
+            if (this.lastNewline(block - BLOCK_MASK, block) < 0) return anchor;
         }
         return end;
     }
@@ -213,6 +227,7 @@ function countNewlines(bytes: Uint8Array, start: number, unit: 1 | 2, encoding: 
         return count;
     }
     const low = encoding === 'utf-16le' ? 0 : 1;
-    for (let i = start % 2; i + 1 < bytes.length; i += 2) if (bytes[i + low] === 10 && bytes[i + 1 - low] === 0) count++;
+    for (let i = start % 2; i + 1 < bytes.length; i += 2)
+        if (bytes[i + low] === 10 && bytes[i + 1 - low] === 0) count++;
     return count;
 }

@@ -8,12 +8,12 @@ import { show as showText } from '../text';
 import './markdown.css';
 
 // Beyond this, laying out the rendered page would take longer than reading the source.
-const sizeLimit = 4 * 1024 * 1024;
-const editorLimit = 64 * 1024 * 1024;
+const SIZE_LIMIT = 4 * 1024 * 1024;
+const EDITOR_LIMIT = 64 * 1024 * 1024;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
-    if (doc.size > editorLimit) return (await import('../largetext')).show(host, doc, view);
-    if (doc.size > sizeLimit) return showText(host, doc, view);
+    if (doc.size > EDITOR_LIMIT) return (await import('../largetext')).show(host, doc, view);
+    if (doc.size > SIZE_LIMIT) return showText(host, doc, view);
     const source = await doc.text(view.signal);
     const renderer = new MarkdownIt({ html: true, linkify: true, typographer: false });
     const content = DOMPurify.sanitize(renderer.render(source), {
@@ -24,7 +24,11 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
         SANITIZE_NAMED_PROPS: true,
     });
     tame(content);
-    const article = el('article', { class: 'sheet enter prose', tabindex: '0', 'data-focus': '' }, el('div', { class: 'prose-column' }));
+    const article = el(
+        'article',
+        { class: 'sheet enter prose', tabindex: '0', 'data-focus': '' },
+        el('div', { class: 'prose-column' }),
+    );
     article.firstElementChild?.append(content);
     article.addEventListener('click', event => {
         const link = (event.target as Element).closest('a');
@@ -68,7 +72,7 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     article.focus();
 }
 
-// Links stay inert and pictures are only shown when the document carries them itself.
+/** Links stay inert and pictures are only shown when the document carries them itself. */
 function tame(content: DocumentFragment): void {
     for (const link of content.querySelectorAll('a')) {
         link.dataset['address'] = link.getAttribute('href') ?? '';
@@ -82,7 +86,11 @@ function tame(content: DocumentFragment): void {
     }
     const used = new Set<string>();
     for (const heading of content.querySelectorAll('h1, h2, h3, h4, h5, h6')) {
-        const slug = (heading.textContent ?? '').trim().toLowerCase().replace(/[^\p{L}\p{N}\s-]/gu, '').replace(/\s+/g, '-');
+        const slug = (heading.textContent ?? '')
+            .trim()
+            .toLowerCase()
+            .replace(/[^\p{L}\p{N}\s-]/gu, '')
+            .replace(/\s+/g, '-');
         if (used.has(slug)) continue;
         used.add(slug);
         heading.setAttribute('data-slug', slug);
@@ -92,6 +100,7 @@ function tame(content: DocumentFragment): void {
 function jump(article: HTMLElement, name: string): void {
     const plain = decodeURIComponent(name).toLowerCase();
     for (const target of article.querySelectorAll<HTMLElement>('[data-slug], [id]')) {
-        if (target.dataset['slug'] === plain || target.id === name || target.id === `user-content-${name}`) return target.scrollIntoView({ block: 'start' });
+        if (target.dataset['slug'] === plain || target.id === name || target.id === `user-content-${name}`)
+            return target.scrollIntoView({ block: 'start' });
     }
 }

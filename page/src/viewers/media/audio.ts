@@ -3,14 +3,14 @@ import { el, icon, iconButton } from '../../dom';
 import { formatDuration, formatSize } from '../../format';
 import { kindOfExtension } from '../../kinds';
 import type { ViewContext } from '../../view';
-import { Player } from './player';
 import { peaksOf } from './peaks';
+import { Player } from './player';
 
-const bars = 98;
-const waveSampleRate = 8000;
+const BARS = 98;
+const WAVE_SAMPLE_RATE = 8000;
 // Decoding takes memory in proportion to the playing time; beyond this the plain track has to do.
-const waveLimit = 24 * 1024 * 1024;
-const waveSeconds = 30 * 60;
+const WAVE_LIMIT = 24 * 1024 * 1024;
+const WAVE_SECONDS = 30 * 60;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
     const player = new Player(doc, view, 'audio', () => view.post({ type: 'max' }));
@@ -21,14 +21,25 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 export function showAudio(host: HTMLElement, player: Player): void {
     const { doc, view } = player;
     view.chrome.meta(formatSize(doc.size));
-    const title = doc.originalExt && doc.name.toLowerCase().endsWith(`.${doc.originalExt}`) ? doc.name.slice(0, -doc.originalExt.length - 1) : doc.name;
+    const title =
+        doc.originalExt && doc.name.toLowerCase().endsWith(`.${doc.originalExt}`)
+            ? doc.name.slice(0, -doc.originalExt.length - 1)
+            : doc.name;
     const { duration } = player.element;
-    const facts = [kindOfExtension(doc.originalExt || doc.ext).label, ...(Number.isFinite(duration) ? [formatDuration(duration)] : [])];
+    const facts = [
+        kindOfExtension(doc.originalExt || doc.ext).label,
+        ...(Number.isFinite(duration) ? [formatDuration(duration)] : []),
+    ];
     const volume = el('span', { class: 'loudness' }, player.mute, player.volume.element);
     const card = el(
         'div',
         { class: 'card sound-card enter', tabindex: '0', 'data-focus': '', role: 'group', 'aria-label': doc.name },
-        el('div', { class: 'track' }, el('div', { class: 'cover' }, icon('audio', 'sound')), el('div', { class: 'track-words' }, el('h1', { title: doc.name }, title), el('p', {}, facts.join(' · ')))),
+        el(
+            'div',
+            { class: 'track' },
+            el('div', { class: 'cover' }, icon('audio', 'sound')),
+            el('div', { class: 'track-words' }, el('h1', { title: doc.name }, title), el('p', {}, facts.join(' · '))),
+        ),
         el('div', { class: 'wave-box' }, player.seek.element),
         el('div', { class: 'times' }, player.elapsed, player.remaining),
         el(
@@ -46,19 +57,23 @@ export function showAudio(host: HTMLElement, player: Player): void {
     void drawWave(player);
 }
 
-// The loudness over time in place of the plain track, for files small enough to decode as a whole.
+/** The loudness over time in place of the plain track, for files small enough to decode as a whole. */
 async function drawWave(player: Player): Promise<void> {
     const { doc, view } = player;
-    if (doc.size > waveLimit || !(player.element.duration <= waveSeconds)) return;
+    if (doc.size > WAVE_LIMIT || !(player.element.duration <= WAVE_SECONDS)) return;
     try {
         const bytes = await doc.bytes(view.signal);
-        const sound = await new OfflineAudioContext(1, 1, waveSampleRate).decodeAudioData(bytes.buffer as ArrayBuffer);
+        const sound = await new OfflineAudioContext(1, 1, WAVE_SAMPLE_RATE).decodeAudioData(
+            bytes.buffer as ArrayBuffer,
+        );
         if (view.signal.aborted) return;
-        const peaks = peaksOf(sound.getChannelData(0), bars);
-        const path = peaks.map((peak, i) => `M${3 + i * 6} ${(42 - 3 - peak * 36).toFixed(1)}V${(42 + 3 + peak * 36).toFixed(1)}`).join('');
+        const peaks = peaksOf(sound.getChannelData(0), BARS);
+        const path = peaks
+            .map((peak, i) => `M${3 + i * 6} ${(42 - 3 - peak * 36).toFixed(1)}V${(42 + 3 + peak * 36).toFixed(1)}`)
+            .join('');
         const wave = (cls: string) => {
             const svg = document.createElementNS('http://www.w3.org/2000/svg', 'svg');
-            svg.setAttribute('viewBox', `0 0 ${bars * 6} 84`);
+            svg.setAttribute('viewBox', `0 0 ${BARS * 6} 84`);
             svg.setAttribute('preserveAspectRatio', 'none');
             svg.setAttribute('class', `wave ${cls}`);
             const line = document.createElementNS('http://www.w3.org/2000/svg', 'path');

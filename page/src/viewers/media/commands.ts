@@ -10,7 +10,7 @@ export type MediaCommand =
     | { do: 'fullscreen' }
     | { do: 'speed'; step: 1 | -1 };
 
-export const speeds = [0.5, 0.75, 1, 1.25, 1.5, 1.75, 2, 3] as const;
+export const SPEEDS = [0.5, 0.75, 1, 1.25, 1.5, 1.75, 2, 3] as const;
 
 export function mediaCommand(key: string): MediaCommand | undefined {
     if (/^[0-9]$/.test(key)) return { do: 'seekTo', part: Number(key) / 10 };
@@ -48,8 +48,8 @@ export function mediaCommand(key: string): MediaCommand | undefined {
 }
 
 export function nextSpeed(current: number, step: 1 | -1): number {
-    if (step > 0) return speeds.find((s) => s > current) ?? current;
-    return speeds.findLast((s) => s < current) ?? current;
+    if (step > 0) return SPEEDS.find(s => s > current) ?? current;
+    return SPEEDS.findLast(s => s < current) ?? current;
 }
 
 export function remainingTime(position: number, duration: number): string {

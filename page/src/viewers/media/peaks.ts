@@ -1,4 +1,4 @@
-// The loudest sample of each of `count` equal stretches, scaled so that the loudest of all is 1.
+/** The loudest sample of each of `count` equal stretches, scaled so that the loudest of all is 1. */
 export function peaksOf(samples: Float32Array, count: number): number[] {
     const peaks: number[] = [];
     for (let i = 0; i < count; i++) {

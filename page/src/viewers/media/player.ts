@@ -2,18 +2,20 @@ import type { Doc } from '../../doc';
 import { el, icon, iconButton, isEditable } from '../../dom';
 import { formatDuration } from '../../format';
 import type { ViewContext } from '../../view';
-import { mediaCommand, nextSpeed, remainingTime, speeds, type MediaCommand } from './commands';
+import { type MediaCommand, mediaCommand, nextSpeed, remainingTime, SPEEDS } from './commands';
 import { Slider } from './slider';
 import './media.css';
 
-const metadataMilliseconds = 20_000;
-const answerMilliseconds = 10_000;
-const pictureMilliseconds = 1500;
-const unplayable = 'This file could not be played.';
+const METADATA_MILLISECONDS = 20_000;
+const ANSWER_MILLISECONDS = 10_000;
+const PICTURE_MILLISECONDS = 1500;
+const UNPLAYABLE = 'This file could not be played.';
 
 export type MediaKind = 'audio' | 'video';
 
-// One media element with everything that both players share: loading, the one request for a conversion, keys, controls.
+/**
+ * One media element with everything that both players share: loading, the one request for a conversion, keys, controls.
+ */
 export class Player {
     readonly element: HTMLMediaElement;
     readonly play: HTMLButtonElement;
@@ -38,7 +40,11 @@ export class Player {
         this.play = iconButton('play', 'Play (Space)', () => this.run({ do: 'toggle' }), '');
         this.play.classList.add('go');
         this.mute = iconButton('volume', 'Mute (M)', () => this.run({ do: 'mute' }));
-        this.speed = el('button', { class: 'btn only', type: 'button', title: 'Speed (< >)', 'aria-label': 'Speed', 'aria-haspopup': 'menu' }, '1×');
+        this.speed = el(
+            'button',
+            { class: 'btn only', type: 'button', title: 'Speed (< >)', 'aria-label': 'Speed', 'aria-haspopup': 'menu' },
+            '1×',
+        );
         this.captions = iconButton('captions', 'Subtitles (C)', () => this.run({ do: 'captions' }));
         this.captions.hidden = true;
         this.seek = new Slider({
@@ -71,26 +77,38 @@ export class Player {
         });
     }
 
-    // Resolves when the file can be played. Never resolves after the shell was asked for a conversion: its answer replaces this view.
+    /**
+     * Resolves when the file can be played. Never resolves after the shell was asked for a conversion: its answer
+     * replaces this view.
+     */
     async load(): Promise<void> {
         const { signal } = this.view;
         await new Promise<void>((resolve, reject) => {
             let playable = false;
-            const fail = () => this.convert().catch((error: unknown) => {
-                // Too late for the error view once the player stands.
-                if (playable) this.view.chrome.status(unplayable);
-                else reject(error);
-            });
-            const timer = setTimeout(() => void fail(), metadataMilliseconds);
-            this.element.addEventListener('loadedmetadata', () => {
-                clearTimeout(timer);
-                playable = true;
-                resolve();
-            }, { once: true, signal });
-            this.element.addEventListener('error', () => {
-                clearTimeout(timer);
-                void fail();
-            }, { signal });
+            const fail = () =>
+                this.convert().catch((error: unknown) => {
+                    // Too late for the error view once the player stands.
+                    if (playable) this.view.chrome.status(UNPLAYABLE);
+                    else reject(error);
+                });
+            const timer = setTimeout(() => void fail(), METADATA_MILLISECONDS);
+            this.element.addEventListener(
+                'loadedmetadata',
+                () => {
+                    clearTimeout(timer);
+                    playable = true;
+                    resolve();
+                },
+                { once: true, signal },
+            );
+            this.element.addEventListener(
+                'error',
+                () => {
+                    clearTimeout(timer);
+                    void fail();
+                },
+                { signal },
+            );
             signal.addEventListener('abort', () => {
                 clearTimeout(timer);
                 reject(signal.reason);
@@ -101,13 +119,13 @@ export class Player {
         this.showTime();
     }
 
-    // Whether there is a picture; the engine may tell only a moment after the rest.
+    /** Whether there is a picture; the engine may tell only a moment after the rest. */
     async hasPicture(): Promise<boolean> {
         const video = this.element as HTMLVideoElement;
         const { signal } = this.view;
         if (!video.videoWidth) {
             await new Promise<void>(resolve => {
-                const timer = setTimeout(resolve, pictureMilliseconds);
+                const timer = setTimeout(resolve, PICTURE_MILLISECONDS);
                 const done = () => {
                     clearTimeout(timer);
                     resolve();
@@ -123,10 +141,15 @@ export class Player {
         const { signal } = this.view;
         if (this.asked || signal.aborted) return;
         this.asked = true;
-        this.view.post({ type: 'transcode-media', url: this.doc.url, isAudio: this.kind === 'audio', name: this.doc.name });
+        this.view.post({
+            type: 'transcode-media',
+            url: this.doc.url,
+            isAudio: this.kind === 'audio',
+            name: this.doc.name,
+        });
         // The shell says nothing when it no longer knows the file.
         await new Promise((_, reject) => {
-            const timer = setTimeout(() => reject(new Error(unplayable)), answerMilliseconds);
+            const timer = setTimeout(() => reject(new Error(UNPLAYABLE)), ANSWER_MILLISECONDS);
             signal.addEventListener('abort', () => clearTimeout(timer));
         });
     }
@@ -156,7 +179,11 @@ export class Player {
         });
         on('ratechange', () => {
             this.speed.textContent = `${element.playbackRate}×`;
-            for (const item of this.menu.children) item.setAttribute('aria-checked', String(Number((item as HTMLElement).dataset['speed']) === element.playbackRate));
+            for (const item of this.menu.children)
+                item.setAttribute(
+                    'aria-checked',
+                    String(Number((item as HTMLElement).dataset['speed']) === element.playbackRate),
+                );
         });
         element.textTracks.addEventListener('addtrack', () => this.setTracks(), { signal });
         this.volume.set(element.volume);
@@ -183,7 +210,7 @@ export class Player {
         this.captions.hidden = this.subtitleTracks().length === 0;
     }
 
-    // Off, then each track in turn.
+    /** Off, then each track in turn. */
     private nextCaptions(): void {
         const tracks = this.subtitleTracks();
         const shown = tracks.findIndex(track => track.mode === 'showing');
@@ -191,7 +218,8 @@ export class Player {
         for (const track of tracks) track.mode = track === next ? 'showing' : 'disabled';
         this.captions.classList.toggle('on', next !== undefined);
         this.captions.setAttribute('aria-pressed', String(next !== undefined));
-        if (tracks.length > 0) this.view.chrome.status(next ? `Subtitles: ${next.label || next.language || 'on'}` : 'Subtitles off');
+        if (tracks.length > 0)
+            this.view.chrome.status(next ? `Subtitles: ${next.label || next.language || 'on'}` : 'Subtitles off');
     }
 
     run(command: MediaCommand): void {
@@ -202,7 +230,8 @@ export class Player {
                 else element.pause();
                 break;
             case 'seek':
-                if (this.duration > 0) element.currentTime = Math.max(0, Math.min(this.duration, element.currentTime + command.by));
+                if (this.duration > 0)
+                    element.currentTime = Math.max(0, Math.min(this.duration, element.currentTime + command.by));
                 break;
             case 'seekTo':
                 this.seekTo(command.part);
@@ -226,7 +255,8 @@ export class Player {
     }
 
     private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented || event.ctrlKey || event.altKey || event.metaKey || isEditable(event.target)) return;
+        if (event.defaultPrevented || event.ctrlKey || event.altKey || event.metaKey || isEditable(event.target))
+            return;
         // A focused button takes Space for itself.
         if (event.key === ' ' && event.target instanceof HTMLButtonElement) return;
         const command = mediaCommand(event.key);
@@ -235,7 +265,7 @@ export class Player {
         this.run(command);
     }
 
-    // The speed button with its menu, which opens upwards.
+    /** The speed button with its menu, which opens upwards. */
     speedControl(): HTMLElement {
         return el('span', { class: 'speed' }, this.speed, this.menu);
     }
@@ -247,8 +277,19 @@ export class Player {
             menu.hidden = true;
             this.speed.focus();
         };
-        for (const value of [...speeds].reverse()) {
-            const item = el('button', { class: 'btn', type: 'button', role: 'menuitemradio', 'data-speed': value, 'aria-checked': String(value === 1), tabindex: '-1' }, `${value}×`);
+        for (const value of [...SPEEDS].reverse()) {
+            const item = el(
+                'button',
+                {
+                    class: 'btn',
+                    type: 'button',
+                    role: 'menuitemradio',
+                    'data-speed': value,
+                    'aria-checked': String(value === 1),
+                    tabindex: '-1',
+                },
+                `${value}×`,
+            );
             item.addEventListener('click', () => {
                 this.element.playbackRate = value;
                 close();
@@ -270,7 +311,8 @@ export class Player {
             event.stopPropagation();
         });
         menu.addEventListener('focusout', event => {
-            if (!menu.contains(event.relatedTarget as Node | null) && event.relatedTarget !== this.speed) menu.hidden = true;
+            if (!menu.contains(event.relatedTarget as Node | null) && event.relatedTarget !== this.speed)
+                menu.hidden = true;
         });
         return menu;
     }

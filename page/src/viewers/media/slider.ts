@@ -3,13 +3,13 @@ import { el } from '../../dom';
 export interface SliderOptions {
     label: string;
     cls?: string;
-    // Told while dragging and on keys; parts of the whole.
+    /** Told while dragging and on keys; parts of the whole. */
     change(part: number): void;
     key?(event: KeyboardEvent): boolean;
     text(part: number): string;
 }
 
-// A track with a knob. Holds a part of a whole, 0 to 1.
+/** A track with a knob. Holds a part of a whole, 0 to 1. */
 export class Slider {
     readonly element: HTMLElement;
     private readonly done = el('span', { class: 'p' });
@@ -20,7 +20,14 @@ export class Slider {
     constructor(private readonly options: SliderOptions) {
         this.element = el(
             'span',
-            { class: `seek ${options.cls ?? ''}`.trim(), role: 'slider', tabindex: '0', 'aria-label': options.label, 'aria-valuemin': '0', 'aria-valuemax': '100' },
+            {
+                class: `seek ${options.cls ?? ''}`.trim(),
+                role: 'slider',
+                tabindex: '0',
+                'aria-label': options.label,
+                'aria-valuemin': '0',
+                'aria-valuemax': '100',
+            },
             el('span', { class: 't' }),
             this.loaded,
             this.done,

@@ -5,10 +5,16 @@ import type { ViewContext } from '../../view';
 import { showAudio } from './audio';
 import { Player } from './player';
 
-const quietAfter = 2500;
+const QUIET_AFTER = 2500;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
-    const frame = el('div', { class: 'film enter', tabindex: '0', 'data-focus': '', role: 'group', 'aria-label': doc.name });
+    const frame = el('div', {
+        class: 'film enter',
+        tabindex: '0',
+        'data-focus': '',
+        role: 'group',
+        'aria-label': doc.name,
+    });
     const fullscreen = () => {
         if (document.fullscreenElement) void document.exitFullscreen();
         else if (document.fullscreenEnabled) frame.requestFullscreen().catch(() => view.post({ type: 'max' }));
@@ -46,7 +52,9 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     host.append(frame);
 }
 
-// While the film runs, its controls leave after a while without pointer or key; never while one of them has the focus.
+/**
+ * While the film runs, its controls leave after a while without pointer or key; never while one of them has the focus.
+ */
 function hideWhenQuiet(frame: HTMLElement, bar: HTMLElement, video: HTMLVideoElement, signal: AbortSignal): void {
     let timer = 0;
     const wake = () => {
@@ -55,7 +63,7 @@ function hideWhenQuiet(frame: HTMLElement, bar: HTMLElement, video: HTMLVideoEle
         timer = window.setTimeout(() => {
             const busy = video.paused || bar.matches(':hover') || bar.querySelector(':focus-visible') !== null;
             frame.classList.toggle('quiet', !busy);
-        }, quietAfter);
+        }, QUIET_AFTER);
     };
     for (const type of ['pointermove', 'pointerdown', 'keydown']) document.addEventListener(type, wake, { signal });
     for (const type of ['play', 'pause']) video.addEventListener(type, wake, { signal });

@@ -4,37 +4,37 @@ import { el, iconButton, isEditable } from '../../dom';
 import { formatSize } from '../../format';
 import type { ViewContext } from '../../view';
 import { FindBar } from '../shared/findbar';
-import { askPassword } from './password';
-import { openPdf, type OpenPdf } from './open';
-import { PdfThumbs } from './thumbs';
 import { percent } from '../shared/zoom';
+import { type OpenPdf, openPdf } from './open';
+import { askPassword } from './password';
+import { PdfThumbs } from './thumbs';
 import './pdf.css';
 
 type Viewer = typeof import('pdfjs-dist/web/pdf_viewer.mjs');
 
 interface FindReport {
     matchesCount: { current: number; total: number };
-    // Only with a change of state, not with a mere change of the count.
+    /** Only with a change of state, not with a mere change of the count. */
     state?: number;
 }
 
-const firstPageMilliseconds = 4000;
-const smallestScale = 0.1;
-const largestScale = 10;
-const wideEnough = 860;
-const wheelPause = 250;
+const FIRST_PAGE_MILLISECONDS = 4000;
+const SMALLEST_SCALE = 0.1;
+const LARGEST_SCALE = 10;
+const WIDE_ENOUGH = 860;
+const WHEEL_PAUSE = 250;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
     const pdf: OpenPdf = await openPdf(doc, view.signal);
     let prompted: () => void;
-    const promptShown = new Promise<void>((resolve) => (prompted = resolve));
+    const promptShown = new Promise<void>(resolve => (prompted = resolve));
     let hadPrompt = false;
     pdf.onPassword = (again, answer) => {
         hadPrompt = true;
         askPassword(host, doc.name, again, answer);
         prompted();
     };
-    const opened = pdf.document.then(async (document) => {
+    const opened = pdf.document.then(async document => {
         host.replaceChildren();
         await new PdfView(host, doc, view, document, pdf.viewer).start();
     });
@@ -42,7 +42,17 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     await Promise.race([
         opened.catch((error: unknown) => {
             if (!hadPrompt || view.signal.aborted) throw error;
-            host.replaceChildren(el('div', { class: 'stage pdf-stage' }, el('div', { class: 'card pdf-ask' }, el('p', {}, error instanceof Error ? error.message : String(error)))));
+            host.replaceChildren(
+                el(
+                    'div',
+                    { class: 'stage pdf-stage' },
+                    el(
+                        'div',
+                        { class: 'card pdf-ask' },
+                        el('p', {}, error instanceof Error ? error.message : String(error)),
+                    ),
+                ),
+            );
         }),
         promptShown,
     ]);
@@ -50,12 +60,20 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 
 class PdfView {
     private readonly pages = el('div', { class: 'pdfViewer' });
-    private readonly container = el('div', { class: 'pdf-view', tabindex: '0', role: 'document', 'data-focus': '' }, this.pages);
+    private readonly container = el(
+        'div',
+        { class: 'pdf-view', tabindex: '0', role: 'document', 'data-focus': '' },
+        this.pages,
+    );
     private readonly pageField = el('input', { 'aria-label': 'Page', inputmode: 'numeric', spellcheck: 'false' });
     private readonly value = el('button', { class: 'btn value', type: 'button', title: 'Actual size (Ctrl 0)' });
-    private readonly fitButton = iconButton('fit-width', 'Fit width', () => this.setScale(this.slides ? 'page-fit' : 'page-width'));
+    private readonly fitButton = iconButton('fit-width', 'Fit width', () =>
+        this.setScale(this.slides ? 'page-fit' : 'page-width'),
+    );
     private readonly sideButton = iconButton('sidebar', 'Pages (F9)', () => this.toggleSide());
-    private readonly findButton = iconButton('search', 'Find (Ctrl+F)', () => (this.find.isOpen ? this.find.close() : this.openFind()));
+    private readonly findButton = iconButton('search', 'Find (Ctrl+F)', () =>
+        this.find.isOpen ? this.find.close() : this.openFind(),
+    );
     private readonly slides: boolean;
     private readonly bus;
     private readonly links;
@@ -86,7 +104,11 @@ class PdfView {
                 return false;
             };
         };
-        const finder = new library.PDFFindController({ linkService: this.links, eventBus: this.bus, updateMatchesCountOnProgress: true });
+        const finder = new library.PDFFindController({
+            linkService: this.links,
+            eventBus: this.bus,
+            updateMatchesCountOnProgress: true,
+        });
         // The component takes an abort signal, which its typings leave out.
         const options: ConstructorParameters<Viewer['PDFViewer']>[0] & { abortSignal: AbortSignal } = {
             container: this.container,
@@ -102,15 +124,15 @@ class PdfView {
         this.viewer = new library.PDFViewer(options);
         this.links.setViewer(this.viewer);
         this.find = new FindBar({
-            query: (query) => this.search('', query, false),
-            step: (direction) => this.search('again', this.find.text, direction < 0),
+            query: query => this.search('', query, false),
+            step: direction => this.search('again', this.find.text, direction < 0),
             closed: () => {
                 this.bus.dispatch('findbarclose', { source: this });
                 this.findButton.classList.remove('on');
                 this.container.focus();
             },
         });
-        this.thumbs = new PdfThumbs(document, signal, (page) => (this.viewer.currentPageNumber = page));
+        this.thumbs = new PdfThumbs(document, signal, page => (this.viewer.currentPageNumber = page));
         this.makeBar();
         host.append(this.thumbs.element, this.find.element);
         signal.addEventListener('abort', () => {
@@ -125,11 +147,11 @@ class PdfView {
         const word = this.slides ? 'slide' : 'page';
         chrome.meta(`${count.toLocaleString('en')} ${word}${count === 1 ? '' : 's'} · ${formatSize(this.doc.size)}`);
         chrome.tools(...(count > 1 ? [this.sideButton] : []), this.findButton);
-        this.setSide(count > 1 && this.host.clientWidth > wideEnough ? 'open' : 'closed');
+        this.setSide(count > 1 && this.host.clientWidth > WIDE_ENOUGH ? 'open' : 'closed');
 
-        const rendered = new Promise<void>((resolve) => {
+        const rendered = new Promise<void>(resolve => {
             this.bus.on('pagerendered', () => resolve());
-            const timer = setTimeout(resolve, firstPageMilliseconds);
+            const timer = setTimeout(resolve, FIRST_PAGE_MILLISECONDS);
             signal.addEventListener('abort', () => {
                 clearTimeout(timer);
                 resolve();
@@ -143,7 +165,9 @@ class PdfView {
         this.bus.on('scalechanging', () => this.showScale());
         const reportFind = ({ matchesCount: { current, total }, state }: FindReport) => {
             const missing = state === this.library.FindState.NOT_FOUND;
-            this.find.report(!this.find.text ? '' : missing ? 'None found' : total ? `${current} of ${total}` : 'Searching');
+            this.find.report(
+                !this.find.text ? '' : missing ? 'None found' : total ? `${current} of ${total}` : 'Searching',
+            );
         };
         this.bus.on('updatefindmatchescount', reportFind);
         this.bus.on('updatefindcontrolstate', reportFind);
@@ -151,8 +175,8 @@ class PdfView {
         const resized = new ResizeObserver(() => this.refit());
         resized.observe(this.container);
         signal.addEventListener('abort', () => resized.disconnect());
-        document.addEventListener('keydown', (event) => this.key(event), { signal });
-        this.container.addEventListener('wheel', (event) => this.wheel(event), { passive: false });
+        document.addEventListener('keydown', event => this.key(event), { signal });
+        this.container.addEventListener('wheel', event => this.wheel(event), { passive: false });
 
         this.viewer.setDocument(this.document);
         this.links.setDocument(this.document);
@@ -166,7 +190,7 @@ class PdfView {
         const count = this.document.numPages;
         this.value.addEventListener('click', () => this.setScale('1'));
         this.pageField.addEventListener('focus', () => this.pageField.select());
-        this.pageField.addEventListener('keydown', (event) => {
+        this.pageField.addEventListener('keydown', event => {
             if (event.key !== 'Enter' && event.key !== 'Escape') return;
             event.preventDefault();
             const page = Number.parseInt(this.pageField.value, 10);
@@ -176,9 +200,17 @@ class PdfView {
         });
         this.pageField.addEventListener('blur', () => this.showPage(this.viewer.currentPageNumber));
         const zoom = [
-            el('span', { class: 'zoomset' }, iconButton('minus', 'Zoom out (Ctrl −)', () => this.viewer.decreaseScale(), 's')),
+            el(
+                'span',
+                { class: 'zoomset' },
+                iconButton('minus', 'Zoom out (Ctrl −)', () => this.viewer.decreaseScale(), 's'),
+            ),
             this.value,
-            el('span', { class: 'zoomset' }, iconButton('plus', 'Zoom in (Ctrl +)', () => this.viewer.increaseScale(), 's')),
+            el(
+                'span',
+                { class: 'zoomset' },
+                iconButton('plus', 'Zoom in (Ctrl +)', () => this.viewer.increaseScale(), 's'),
+            ),
             this.fitButton,
         ];
         const steps = [
@@ -230,17 +262,26 @@ class PdfView {
     }
 
     private search(type: '' | 'again', query: string, findPrevious: boolean): void {
-        this.bus.dispatch('find', { source: this, type, query, caseSensitive: false, entireWord: false, highlightAll: true, findPrevious, matchDiacritics: false });
+        this.bus.dispatch('find', {
+            source: this,
+            type,
+            query,
+            caseSensitive: false,
+            entireWord: false,
+            highlightAll: true,
+            findPrevious,
+            matchDiacritics: false,
+        });
     }
 
     private wheel(event: WheelEvent): void {
         if (event.ctrlKey) {
             event.preventDefault();
             const scale = this.viewer.currentScale * Math.exp(-event.deltaY / 300);
-            this.setScale(String(Math.max(smallestScale, Math.min(largestScale, scale))));
+            this.setScale(String(Math.max(SMALLEST_SCALE, Math.min(LARGEST_SCALE, scale))));
         } else if (this.slides && this.container.scrollHeight <= this.container.clientHeight + 1) {
             event.preventDefault();
-            if (event.timeStamp - this.lastWheel < wheelPause || event.deltaY === 0) return;
+            if (event.timeStamp - this.lastWheel < WHEEL_PAUSE || event.deltaY === 0) return;
             this.lastWheel = event.timeStamp;
             this.turn(event.deltaY > 0 ? 1 : -1);
         }
@@ -268,7 +309,12 @@ class PdfView {
         else if (key === 'End') this.viewer.currentPageNumber = this.document.numPages;
         else if (this.slides && (key === 'PageDown' || key === ' ')) this.turn(1);
         else if (this.slides && key === 'PageUp') this.turn(-1);
-        else if (!this.view.neighbours && (this.slides || !this.scrollsSideways()) && (key === 'ArrowLeft' || key === 'ArrowRight')) this.turn(key === 'ArrowRight' ? 1 : -1);
+        else if (
+            !this.view.neighbours &&
+            (this.slides || !this.scrollsSideways()) &&
+            (key === 'ArrowLeft' || key === 'ArrowRight')
+        )
+            this.turn(key === 'ArrowRight' ? 1 : -1);
         else return;
         event.preventDefault();
     }

@@ -1,16 +1,16 @@
 import * as library from 'pdfjs-dist';
 import type { Doc } from '../../doc';
-import { DocRangeTransport, pdfChunk } from './range';
+import { DocRangeTransport, PDF_CHUNK } from './range';
 import './streamiteration';
 
 export interface OpenPdf {
     readonly document: Promise<library.PDFDocumentProxy>;
     readonly viewer: typeof import('pdfjs-dist/web/pdf_viewer.mjs');
-    // Called when the file asks for a password; `again` after a wrong one.
+    /** Called when the file asks for a password; `again` after a wrong one. */
     onPassword: (again: boolean, answer: (password: string) => void) => void;
 }
 
-const messages: Record<string, string> = {
+const MESSAGES: Record<string, string> = {
     InvalidPDFException: 'This PDF is damaged and cannot be shown.',
     PasswordException: 'This PDF is protected by a password.',
 };
@@ -18,7 +18,10 @@ const messages: Record<string, string> = {
 export async function openPdf(doc: Doc, signal: AbortSignal): Promise<OpenPdf> {
     // The viewer components look for the library in a global of this name, so they come after it.
     (globalThis as { pdfjsLib?: unknown }).pdfjsLib = library;
-    const [viewer, head] = await Promise.all([import('pdfjs-dist/web/pdf_viewer.mjs'), doc.range(0, pdfChunk, signal)]);
+    const [viewer, head] = await Promise.all([
+        import('pdfjs-dist/web/pdf_viewer.mjs'),
+        doc.range(0, PDF_CHUNK, signal),
+    ]);
     signal.throwIfAborted();
     if (head.length === 0) throw new Error('This PDF is empty.');
 
@@ -26,14 +29,14 @@ export async function openPdf(doc: Doc, signal: AbortSignal): Promise<OpenPdf> {
     const worker = new library.PDFWorker({ port: port as unknown as null });
     const data = (folder: string) => new URL(`pdf/${folder}/`, document.baseURI).href;
     let readFailure: Error | undefined;
-    const transport = new DocRangeTransport(doc, head, signal, (error) => {
+    const transport = new DocRangeTransport(doc, head, signal, error => {
         readFailure = error;
         void task.destroy();
     });
     const task = library.getDocument({
         range: transport,
         worker,
-        rangeChunkSize: pdfChunk,
+        rangeChunkSize: PDF_CHUNK,
         disableAutoFetch: true,
         disableStream: true,
         isEvalSupported: false,
@@ -53,11 +56,12 @@ export async function openPdf(doc: Doc, signal: AbortSignal): Promise<OpenPdf> {
         document: Promise.race([task.promise, failed]).catch((error: unknown) => {
             signal.throwIfAborted();
             const name = error instanceof Error ? error.name : '';
-            throw readFailure ?? new Error(messages[name] ?? 'This PDF could not be read.', { cause: error });
+            throw readFailure ?? new Error(MESSAGES[name] ?? 'This PDF could not be read.', { cause: error });
         }),
         viewer,
         onPassword: () => undefined,
     };
-    task.onPassword = (answer: (password: string) => void, reason: number) => opened.onPassword(reason === library.PasswordResponses.INCORRECT_PASSWORD, answer);
+    task.onPassword = (answer: (password: string) => void, reason: number) =>
+        opened.onPassword(reason === library.PasswordResponses.INCORRECT_PASSWORD, answer);
     return opened;
 }

@@ -7,10 +7,14 @@ export function askPassword(host: HTMLElement, name: string, again: boolean, ans
         { class: 'card pdf-ask enter' },
         icon('lock'),
         el('h2', {}, 'This PDF is protected'),
-        el('p', {}, again ? 'That password does not fit. Try another one.' : `Enter the password of “${name}” to open it.`),
+        el(
+            'p',
+            {},
+            again ? 'That password does not fit. Try another one.' : `Enter the password of “${name}” to open it.`,
+        ),
         el('div', { class: 'pdf-ask-row' }, field, el('button', { class: 'btn main', type: 'submit' }, 'Open')),
     );
-    form.addEventListener('submit', (event) => {
+    form.addEventListener('submit', event => {
         event.preventDefault();
         if (field.value) answer(field.value);
     });

@@ -1,4 +1,7 @@
-// The PDF reader walks over streams with "for await", which this engine's streams do not offer yet, neither in pages nor in workers.
+/**
+ * The PDF reader walks over streams with "for await", which this engine's streams do not offer yet, neither in pages
+ * nor in workers.
+ */
 async function* walk(this: ReadableStream<unknown>) {
     const reader = this.getReader();
     try {
@@ -11,7 +14,11 @@ async function* walk(this: ReadableStream<unknown>) {
 }
 
 if (!(Symbol.asyncIterator in ReadableStream.prototype)) {
-    Object.defineProperty(ReadableStream.prototype, Symbol.asyncIterator, { value: walk, configurable: true, writable: true });
+    Object.defineProperty(ReadableStream.prototype, Symbol.asyncIterator, {
+        value: walk,
+        configurable: true,
+        writable: true,
+    });
 }
 
 export {};

@@ -1,10 +1,10 @@
 import type { PDFDocumentProxy } from 'pdfjs-dist';
 import { el } from '../../dom';
 
-const width = 92;
-const near = '300px 0px';
+const WIDTH = 92;
+const NEAR = '300px 0px';
 
-// Small pictures of all pages; only those near the visible part are drawn, and let go again when far away.
+/** Small pictures of all pages; only those NEAR the visible part are drawn, and let go again when far away. */
 export class PdfThumbs {
     readonly element: HTMLElement;
     private readonly list = el('div', { class: 'list' });
@@ -20,16 +20,21 @@ export class PdfThumbs {
     ) {
         this.element = el('nav', { class: 'pane thumbs', 'aria-label': 'Pages' }, this.list);
         for (let page = 1; page <= document.numPages; page++) {
-            const item = el('button', { class: 'th', type: 'button', tabindex: '-1', 'aria-label': `Page ${page}` }, el('span', { class: 'pg' }), String(page));
+            const item = el(
+                'button',
+                { class: 'th', type: 'button', tabindex: '-1', 'aria-label': `Page ${page}` },
+                el('span', { class: 'pg' }),
+                String(page),
+            );
             item.dataset['page'] = String(page);
             this.items.push(item);
         }
         this.list.append(...this.items);
-        this.list.addEventListener('click', (event) => {
+        this.list.addEventListener('click', event => {
             const page = (event.target as HTMLElement).closest<HTMLElement>('.th')?.dataset['page'];
             if (page) open(Number(page));
         });
-        this.list.addEventListener('keydown', (event) => {
+        this.list.addEventListener('keydown', event => {
             const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
             if (!step) return;
             event.preventDefault();
@@ -40,10 +45,10 @@ export class PdfThumbs {
         });
     }
 
-    // Begins to draw; the page itself should be there first.
+    /** Begins to draw; the page itself should be there first. */
     start(): void {
         if (this.signal.aborted) return;
-        const watch = new IntersectionObserver(entries => this.watched(entries), { root: this.list, rootMargin: near });
+        const watch = new IntersectionObserver(entries => this.watched(entries), { root: this.list, rootMargin: NEAR });
         for (const item of this.items) watch.observe(item);
         this.signal.addEventListener('abort', () => {
             watch.disconnect();
@@ -102,7 +107,7 @@ export class PdfThumbs {
         try {
             const page = await this.document.getPage(number);
             const natural = page.getViewport({ scale: 1 });
-            const viewport = page.getViewport({ scale: (width * devicePixelRatio) / natural.width });
+            const viewport = page.getViewport({ scale: (WIDTH * devicePixelRatio) / natural.width });
             frame.style.aspectRatio = `${natural.width} / ${natural.height}`;
             const canvas = el('canvas', { width: Math.round(viewport.width), height: Math.round(viewport.height) });
             await page.render({ canvas, viewport, annotationMode: 1 }).promise;

@@ -24,7 +24,7 @@ test('puts blocks together, clamps to the file and asks for each block once', as
     const parts = await Promise.all([cache.read(10, 40), cache.read(30, 33)]);
     expect([...parts[0]]).toEqual(Array.from({ length: 30 }, (_, i) => 10 + i));
     expect([...parts[1]]).toEqual([30, 31, 32]);
-    expect([...await cache.read(95, 1000)]).toEqual([95, 96, 97, 98, 99]);
+    expect([...(await cache.read(95, 1000))]).toEqual([95, 96, 97, 98, 99]);
     expect((await cache.read(-5, 0)).length + (await cache.read(100, 120)).length).toBe(0);
     expect(asked).toEqual([0, 16, 32, 80, 96]);
 });
@@ -41,6 +41,6 @@ test('a failed block is asked for again, a file that became shorter is an error'
     const cache = new BlockCache(source, undefined, 16);
     breakNext();
     await expect(cache.read(0, 4)).rejects.toThrow('unreadable');
-    expect([...await cache.read(0, 4)]).toEqual([0, 1, 2, 3]);
+    expect([...(await cache.read(0, 4))]).toEqual([0, 1, 2, 3]);
     await expect(new BlockCache(counted(50, 50).source, undefined, 16).read(40, 60)).rejects.toThrow('shorter');
 });

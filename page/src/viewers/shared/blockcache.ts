@@ -3,7 +3,9 @@ export interface RangeSource {
     range(start: number, length: number, signal?: AbortSignal): Promise<Uint8Array>;
 }
 
-// Keeps the blocks of a large file that were read last, so that scrolling back and forth asks for each of them once.
+/**
+ * Keeps the blocks of a large file that were read last, so that scrolling back and forth asks for each of them once.
+ */
 export class BlockCache {
     readonly size: number;
     private readonly blocks = new Map<number, Promise<Uint8Array>>();
@@ -43,7 +45,7 @@ export class BlockCache {
         } else {
             const start = index * this.blockSize;
             const length = Math.min(this.blockSize, this.size - start);
-            entry = this.source.range(start, length, this.signal).then((bytes) => {
+            entry = this.source.range(start, length, this.signal).then(bytes => {
                 if (bytes.length !== length) throw new Error('The file became shorter while it was being read.');
                 return bytes;
             });

@@ -1,17 +1,17 @@
 import { el } from '../../dom';
 import './bytescroll.css';
 
-const smallestThumb = 32;
+const SMALLEST_THUMB = 32;
 
 export interface ScrollPosition {
-    // Parts of the whole, 0 to 1.
+    /** Parts of the whole, 0 to 1. */
     at: number;
     visible: number;
 }
 
-// Where the thumb lies for a position; `at` is 1 when the last page is showing.
+/** Where the thumb lies for a position; `at` is 1 when the last page is showing. */
 export function thumbOf(position: ScrollPosition, track: number): { top: number; height: number } {
-    const height = Math.min(track, Math.max(smallestThumb, position.visible * track));
+    const height = Math.min(track, Math.max(SMALLEST_THUMB, position.visible * track));
     return { top: Math.max(0, Math.min(1, position.at)) * (track - height), height };
 }
 
@@ -19,15 +19,19 @@ export function positionOf(thumbTop: number, thumbHeight: number, track: number)
     return track <= thumbHeight ? 0 : Math.max(0, Math.min(1, thumbTop / (track - thumbHeight)));
 }
 
-// A scroll bar for content whose height no element could have: it knows parts of the whole, not pixels.
+/** A scroll bar for content whose height no element could have: it knows parts of the whole, not pixels. */
 export class ByteScrollBar {
     readonly element: HTMLElement;
     private readonly thumb = el('div', { class: 'thumb' });
     private position: ScrollPosition = { at: 0, visible: 1 };
 
     constructor(onMove: (at: number) => void, onPage: (direction: 1 | -1) => void) {
-        this.element = el('div', { class: 'bytescroll', role: 'scrollbar', 'aria-orientation': 'vertical' }, this.thumb);
-        this.element.addEventListener('pointerdown', (event) => {
+        this.element = el(
+            'div',
+            { class: 'bytescroll', role: 'scrollbar', 'aria-orientation': 'vertical' },
+            this.thumb,
+        );
+        this.element.addEventListener('pointerdown', event => {
             event.preventDefault();
             const track = this.element.clientHeight;
             const { top, height } = thumbOf(this.position, track);
@@ -61,11 +65,16 @@ export class ByteScrollBar {
     }
 }
 
-// Wheel movement as whole rows; what is left over counts for the next event.
+/** Wheel movement as whole rows; what is left over counts for the next event. */
 export function wheelRows(rowHeight: number): (event: WheelEvent) => number {
     let rest = 0;
-    return (event) => {
-        const unit = event.deltaMode === WheelEvent.DOM_DELTA_LINE ? rowHeight : event.deltaMode === WheelEvent.DOM_DELTA_PAGE ? rowHeight * 20 : 1;
+    return event => {
+        const unit =
+            event.deltaMode === WheelEvent.DOM_DELTA_LINE
+                ? rowHeight
+                : event.deltaMode === WheelEvent.DOM_DELTA_PAGE
+                  ? rowHeight * 20
+                  : 1;
         rest += event.deltaY * unit;
         const rows = Math.trunc(rest / rowHeight);
         rest -= rows * rowHeight;

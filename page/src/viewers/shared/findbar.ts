@@ -7,14 +7,19 @@ export interface FindHandlers {
     closed(): void;
 }
 
-// The floating find capsule that text, pages and byte ranges share.
+/** The floating find capsule that text, pages and byte ranges share. */
 export class FindBar {
     readonly element: HTMLElement;
     private readonly input: HTMLInputElement;
     private readonly count: HTMLElement;
 
     constructor(private readonly handlers: FindHandlers) {
-        this.input = el('input', { 'aria-label': 'Find', placeholder: 'Find', spellcheck: 'false', autocomplete: 'off' });
+        this.input = el('input', {
+            'aria-label': 'Find',
+            placeholder: 'Find',
+            spellcheck: 'false',
+            autocomplete: 'off',
+        });
         this.count = el('span', { class: 'hint num', role: 'status' });
         this.element = el(
             'div',
@@ -28,7 +33,7 @@ export class FindBar {
         );
         this.element.hidden = true;
         this.input.addEventListener('input', () => handlers.query(this.input.value));
-        this.element.addEventListener('keydown', (event) => {
+        this.element.addEventListener('keydown', event => {
             if (event.key === 'Enter' && event.target === this.input) handlers.step(event.shiftKey ? -1 : 1);
             else if (event.key === 'F3') handlers.step(event.shiftKey ? -1 : 1);
             else if (event.key === 'Escape') this.close();

@@ -1,18 +1,33 @@
 import { el } from '../../dom';
 
-const blockedElements = 'script, iframe, frame, object, embed, base, meta, form, portal, link, applet';
-const frameMilliseconds = 5000;
+const BLOCKED_ELEMENTS = 'script, iframe, frame, object, embed, base, meta, form, portal, link, applet';
+const FRAME_MILLISECONDS = 5000;
 
-// Foreign markup lives in a frame that may neither run scripts nor load anything. The frame keeps this page's origin, so that the
-// finished tree can be put into it; it must never be allowed scripts, because those would then reach this page.
+/**
+ * Foreign markup lives in a frame that may neither run scripts nor load anything. The frame keeps this page's origin,
+ * so that the finished tree can be put into it; it must never be allowed scripts, because those would then reach this
+ * page.
+ */
 export async function openFrame(host: HTMLElement, title: string, signal: AbortSignal): Promise<Document> {
-    const frame = el('iframe', { class: 'foreign', sandbox: 'allow-same-origin', src: new URL('frame.html', document.baseURI).href, title });
+    const frame = el('iframe', {
+        class: 'foreign',
+        sandbox: 'allow-same-origin',
+        src: new URL('frame.html', document.baseURI).href,
+        title,
+    });
     await new Promise<void>((resolve, reject) => {
-        const timer = setTimeout(() => reject(new Error('The document could not be prepared for viewing.')), frameMilliseconds);
-        frame.addEventListener('load', () => {
-            clearTimeout(timer);
-            resolve();
-        }, { once: true });
+        const timer = setTimeout(
+            () => reject(new Error('The document could not be prepared for viewing.')),
+            FRAME_MILLISECONDS,
+        );
+        frame.addEventListener(
+            'load',
+            () => {
+                clearTimeout(timer);
+                resolve();
+            },
+            { once: true },
+        );
         signal.addEventListener('abort', () => {
             clearTimeout(timer);
             reject(signal.reason);
@@ -24,12 +39,15 @@ export async function openFrame(host: HTMLElement, title: string, signal: AbortS
     return inner;
 }
 
-// Nothing in the frame may run anyway. This takes out what would only fail or mislead: active elements, handlers, and links,
-// whose address becomes a tooltip.
+/**
+ * Nothing in the frame may run anyway. This takes out what would only fail or mislead: active elements, handlers, and
+ * links, whose address becomes a tooltip.
+ */
 export function disarm(root: ParentNode): void {
-    for (const element of root.querySelectorAll(blockedElements)) element.remove();
+    for (const element of root.querySelectorAll(BLOCKED_ELEMENTS)) element.remove();
     for (const element of root.querySelectorAll('*')) {
-        for (const { name } of [...element.attributes]) if (name.toLowerCase().startsWith('on')) element.removeAttribute(name);
+        for (const { name } of [...element.attributes])
+            if (name.toLowerCase().startsWith('on')) element.removeAttribute(name);
     }
     for (const link of root.querySelectorAll('a[href], area[href]')) {
         const address = link.getAttribute('href') ?? '';

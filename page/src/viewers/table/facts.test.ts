@@ -2,23 +2,68 @@ import { describe, expect, test } from 'vitest';
 import { columnName, columnsOf, findCell, hasHeader, isNumber } from './facts';
 
 test.each([
-    ['12', true], ['-1,234.50', true], ['1 234', true], ['.5', true], ['3e-5', true], ['12 %', true],
-    ['', false], ['-', false], ['%', false], ['12 m', false], ['2026-11-14', false], ['1.2.3', false],
+    ['12', true],
+    ['-1,234.50', true],
+    ['1 234', true],
+    ['.5', true],
+    ['3e-5', true],
+    ['12 %', true],
+    ['', false],
+    ['-', false],
+    ['%', false],
+    ['12 m', false],
+    ['2026-11-14', false],
+    ['1.2.3', false],
 ])('number %j', (text, expected) => expect(isNumber(text)).toBe(expected));
 
 test('column names', () => expect([0, 25, 26, 701, 702].map(columnName)).toEqual(['A', 'Z', 'AA', 'ZZ', 'AAA']));
 
 test.each<[string, string[][], boolean]>([
-    ['words above numbers', [['Station', 'Depth'], ['1', '8.76']], true],
-    ['numbers from the start', [['1', '2'], ['3', '4']], false],
-    ['a gap among the titles', [['Station', ''], ['1', '2']], false],
-    ['the same title twice', [['a', 'a'], ['1', '2']], false],
+    [
+        'words above numbers',
+        [
+            ['Station', 'Depth'],
+            ['1', '8.76'],
+        ],
+        true,
+    ],
+    [
+        'numbers from the start',
+        [
+            ['1', '2'],
+            ['3', '4'],
+        ],
+        false,
+    ],
+    [
+        'a gap among the titles',
+        [
+            ['Station', ''],
+            ['1', '2'],
+        ],
+        false,
+    ],
+    [
+        'the same title twice',
+        [
+            ['a', 'a'],
+            ['1', '2'],
+        ],
+        false,
+    ],
     ['a single row', [['Station', 'Depth']], false],
     ['nothing', [], false],
 ])('header: %s', (_, rows, expected) => expect(hasHeader(rows)).toBe(expected));
 
 test('columns cover ragged rows, keep to limits and know numbers', () => {
-    const columns = columnsOf([['1', 'x'.repeat(500)], ['2.5', '', 'late']], ['n'], 10);
+    const columns = columnsOf(
+        [
+            ['1', 'x'.repeat(500)],
+            ['2.5', '', 'late'],
+        ],
+        ['n'],
+        10,
+    );
     expect(columns.map(column => column.title)).toEqual(['n', 'B', 'C']);
     expect(columns.map(column => column.numeric)).toEqual([true, false, false]);
     expect(columns.map(column => column.width)).toEqual([64, 360, 64]);

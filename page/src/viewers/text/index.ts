@@ -1,11 +1,33 @@
 import { defaultKeymap } from '@codemirror/commands';
-import { codeFolding, foldGutter, foldKeymap, HighlightStyle, LanguageDescription, syntaxHighlighting } from '@codemirror/language';
+import {
+    codeFolding,
+    foldGutter,
+    foldKeymap,
+    HighlightStyle,
+    LanguageDescription,
+    syntaxHighlighting,
+} from '@codemirror/language';
 import { languages } from '@codemirror/language-data';
 import {
-    findNext, findPrevious, openSearchPanel, closeSearchPanel, search, SearchQuery, setSearchQuery, searchPanelOpen,
+    closeSearchPanel,
+    findNext,
+    findPrevious,
+    openSearchPanel,
+    SearchQuery,
+    search,
+    searchPanelOpen,
+    setSearchQuery,
 } from '@codemirror/search';
 import { Compartment, EditorState, type Extension } from '@codemirror/state';
-import { EditorView, drawSelection, highlightActiveLine, highlightActiveLineGutter, highlightSpecialChars, keymap, lineNumbers } from '@codemirror/view';
+import {
+    drawSelection,
+    EditorView,
+    highlightActiveLine,
+    highlightActiveLineGutter,
+    highlightSpecialChars,
+    keymap,
+    lineNumbers,
+} from '@codemirror/view';
 import { tags as t } from '@lezer/highlight';
 import { decodeText } from '../../decode';
 import type { Doc } from '../../doc';
@@ -14,17 +36,34 @@ import type { ViewContext } from '../../view';
 import { FindBar } from '../shared/findbar';
 import './text.css';
 
-const highlightLimit = 8 * 1024 * 1024;
-const countLimit = 1000;
-const countMilliseconds = 40;
-const proseExtensions = new Set(['', 'txt', 'text', 'md', 'markdown', 'rst', 'tex', 'srt', 'vtt', 'eml', 'rtf']);
+const HIGHLIGHT_LIMIT = 8 * 1024 * 1024;
+const COUNT_LIMIT = 1000;
+const COUNT_MILLISECONDS = 40;
+const PROSE_EXTENSIONS = new Set(['', 'txt', 'text', 'md', 'markdown', 'rst', 'tex', 'srt', 'vtt', 'eml', 'rtf']);
 
 const colours = HighlightStyle.define([
     { tag: [t.keyword, t.modifier, t.controlKeyword, t.operatorKeyword, t.self, t.null], color: 'var(--syn-key)' },
-    { tag: [t.string, t.special(t.string), t.regexp, t.character, t.attributeValue, t.inserted], color: 'var(--syn-str)' },
+    {
+        tag: [t.string, t.special(t.string), t.regexp, t.character, t.attributeValue, t.inserted],
+        color: 'var(--syn-str)',
+    },
     { tag: [t.number, t.bool, t.atom, t.unit, t.color, t.escape], color: 'var(--syn-num)' },
-    { tag: [t.function(t.variableName), t.function(t.propertyName), t.function(t.definition(t.variableName)), t.labelName, t.meta, t.heading, t.link], color: 'var(--syn-fn)' },
-    { tag: [t.typeName, t.className, t.namespace, t.tagName, t.attributeName, t.definition(t.propertyName)], color: 'var(--syn-type)' },
+    {
+        tag: [
+            t.function(t.variableName),
+            t.function(t.propertyName),
+            t.function(t.definition(t.variableName)),
+            t.labelName,
+            t.meta,
+            t.heading,
+            t.link,
+        ],
+        color: 'var(--syn-fn)',
+    },
+    {
+        tag: [t.typeName, t.className, t.namespace, t.tagName, t.attributeName, t.definition(t.propertyName)],
+        color: 'var(--syn-type)',
+    },
     { tag: [t.comment, t.deleted], color: 'var(--syn-com)' },
     { tag: t.heading, fontWeight: '600' },
     { tag: t.strong, fontWeight: '600' },
@@ -37,17 +76,17 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     const description = LanguageDescription.matchFilename(languages, doc.name);
     const language = new Compartment();
     const wrapping = new Compartment();
-    const wrapState = { on: proseExtensions.has(doc.ext) };
-    const coloured = text.length <= highlightLimit;
+    const wrapState = { on: PROSE_EXTENSIONS.has(doc.ext) };
+    const coloured = text.length <= HIGHLIGHT_LIMIT;
 
     const position = el('span', {});
     const find = new FindBar({
-        query: (query) => {
+        query: query => {
             editor.dispatch({ effects: setSearchQuery.of(new SearchQuery({ search: query, literal: true })) });
             if (query) findFrom(editor);
             report();
         },
-        step: (direction) => {
+        step: direction => {
             (direction > 0 ? findNext : findPrevious)(editor);
             report();
         },
@@ -82,7 +121,13 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 
     const extensions: Extension[] = [
         EditorState.readOnly.of(true),
-        EditorView.contentAttributes.of({ 'aria-label': doc.name, 'aria-readonly': 'true', spellcheck: 'false', autocorrect: 'off', autocapitalize: 'off' }),
+        EditorView.contentAttributes.of({
+            'aria-label': doc.name,
+            'aria-readonly': 'true',
+            spellcheck: 'false',
+            autocorrect: 'off',
+            autocapitalize: 'off',
+        }),
         lineNumbers(),
         highlightSpecialChars(),
         drawSelection(),
@@ -95,17 +140,18 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
             { key: 'Mod-f', run: openFind },
             { key: 'F3', run: findNext, shift: findPrevious, preventDefault: true },
             { key: 'Alt-z', run: toggleWrap },
-            { key: 'Escape', run: () => find.isOpen && (find.close(), true) },
+            { key: 'Escape', run: () => (find.isOpen ? (find.close() ?? true) : false) },
             { key: 'ArrowLeft', run: () => stepBy(-1) },
             { key: 'ArrowRight', run: () => stepBy(1) },
             ...foldKeymap,
             ...defaultKeymap.filter(({ key }) => key !== 'Backspace'), // leads back to the list
         ]),
-        EditorView.updateListener.of((update) => {
+        EditorView.updateListener.of(update => {
             if (update.selectionSet) showPosition();
         }),
     ];
-    if (coloured) extensions.push(syntaxHighlighting(colours), codeFolding(), foldGutter({ openText: '⌄', closedText: '›' }));
+    if (coloured)
+        extensions.push(syntaxHighlighting(colours), codeFolding(), foldGutter({ openText: '⌄', closedText: '›' }));
 
     const sheet = el('div', { class: 'sheet enter text-sheet' });
     const editor = new EditorView({ state: EditorState.create({ doc: text, extensions }), parent: sheet });
@@ -142,7 +188,7 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 
     document.addEventListener(
         'keydown',
-        (event) => {
+        event => {
             if (event.defaultPrevented || !event.ctrlKey || event.key.toLowerCase() !== 'f') return;
             event.preventDefault();
             openFind();
@@ -153,13 +199,13 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     if (coloured && description) {
         // The text is already readable; a grammar that fails to load only costs the colours.
         description.load().then(
-            (support) => !view.signal.aborted && editor.dispatch({ effects: language.reconfigure(support) }),
+            support => !view.signal.aborted && editor.dispatch({ effects: language.reconfigure(support) }),
             () => (kindName.textContent = 'Plain text'),
         );
     }
 }
 
-// While typing, the match nearest after the start of the selection is kept instead of jumping on to the next one.
+/** While typing, the match nearest after the start of the selection is kept instead of jumping on to the next one. */
 function findFrom(editor: EditorView): void {
     const from = editor.state.selection.main.from;
     editor.dispatch({ selection: { anchor: from } });
@@ -171,13 +217,14 @@ function countMatches(state: EditorState, text: string): string {
     const query = new SearchQuery({ search: text, literal: true });
     const cursor = query.getCursor(state);
     const at = state.selection.main;
-    const deadline = performance.now() + countMilliseconds;
+    const deadline = performance.now() + COUNT_MILLISECONDS;
     let total = 0;
     let current = 0;
     for (let next = cursor.next(); !next.done; next = cursor.next()) {
         total++;
         if (next.value.from === at.from && next.value.to === at.to) current = total;
-        if (total >= countLimit || performance.now() > deadline) return current ? `${current} of ${total}+` : `${total}+`;
+        if (total >= COUNT_LIMIT || performance.now() > deadline)
+            return current ? `${current} of ${total}+` : `${total}+`;
     }
     if (total === 0) return 'None found';
     return current ? `${current} of ${total}` : `${total}`;
