@@ -282,7 +282,7 @@ std::optional<FileUrl> FilePreparation::runFfmpeg(const FileUrl& url, const File
     if (!program)
         return std::nullopt;
     // Without a wall ffmpeg would open whatever a playlist under a film's name lists.
-    if (!tools_.confinement.isAvailable() && looksLikeText(url))
+    if (!tools_.confinement.hasWall() && looksLikeText(url))
         throw FileFailure(converterFailure);
     std::vector<std::string> arguments{"-v", "error", "-y", "-i", url.path()};
     if (kind == MediaKind::audio)

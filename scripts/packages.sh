@@ -4,7 +4,7 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     libgtk-4-dev libwebkitgtk-6.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     libarchive-dev 'libboost-json*-dev' libicu-dev libssl-dev libplist-dev
-    libvips-dev libraw-dev libpng-dev libseccomp-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libvips-dev libraw-dev libpng-dev libseccomp-dev libfontconfig-dev libgdk-pixbuf-2.0-dev libx11-dev libgtest-dev libgmock-dev libbenchmark-dev
 )
 run_packages=(
     bubblewrap shared-mime-info desktop-file-utils adwaita-icon-theme hicolor-icon-theme librsvg2-common fonts-dejavu-core gstreamer1.0-plugins-base
@@ -22,11 +22,11 @@ check_packages=(python3 clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-de
 # used, and the names of that system are told then.
 fedora_packages="gcc-c++ cmake ninja-build pkgconf gtk4-devel webkitgtk6.0-devel gstreamer1-devel
 gstreamer1-plugins-base-devel libarchive-devel boost-devel libicu-devel openssl-devel libplist-devel vips-devel LibRaw-devel
-libpng-devel libseccomp-devel libX11-devel gtest-devel gmock-devel google-benchmark-devel nodejs npm bubblewrap
+libpng-devel libseccomp-devel fontconfig-devel gdk-pixbuf2-devel libX11-devel gtest-devel gmock-devel google-benchmark-devel nodejs npm bubblewrap
 desktop-file-utils librsvg2 gstreamer1-plugins-good gstreamer1-plugins-bad-free gstreamer1-plugin-libav
 xorg-x11-server-Xvfb openbox xprop xwininfo ImageMagick"
 arch_packages="gcc cmake ninja pkgconf gtk4 webkitgtk-6.0 gstreamer gst-plugins-base-libs libarchive boost icu openssl
-libplist libvips libraw libpng libseccomp libx11 gtest benchmark nodejs npm bubblewrap desktop-file-utils librsvg
+libplist libvips libraw libpng libseccomp fontconfig gdk-pixbuf2 libx11 gtest benchmark nodejs npm bubblewrap desktop-file-utils librsvg
 gst-plugins-good gst-plugins-bad gst-libav xorg-server-xvfb openbox xorg-xprop xorg-xwininfo imagemagick"
 
 packages_hint() {

@@ -88,6 +88,7 @@ struct Preparation {
     const Limit* limits;
     size_t limitCount;
     int niceness;
+    const KernelFence* fence;
     int nullDevice;
     int firstFree; // above every number that the child knows a descriptor by
     int report;
@@ -135,7 +136,7 @@ bool becomeReady(const Preparation& preparation) {
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    return true;
+    return !preparation.fence || enter(*preparation.fence);
 }
 
 [[noreturn]] void runChild(const Preparation& preparation) {
@@ -200,6 +201,7 @@ ChildProcess::ChildProcess(const ProcessSpec& spec) {
                                   .limits = limits.data(),
                                   .limitCount = limits.size(),
                                   .niceness = spec.niceness,
+                                  .fence = spec.fence ? &*spec.fence : nullptr,
                                   .nullDevice = nullDevice.get(),
                                   .firstFree = firstFree,
                                   .report = report.writeEnd.get(),

@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "base/FileDescriptor.h"
 #include "base/FileUrl.h"
+#include "platform/common/KernelFence.h"
 
 #include <cstdint>
 #include <optional>
@@ -37,6 +38,7 @@ struct ProcessSpec {
     std::vector<PassedDescriptor> descriptors{};
     ResourceLimits limits{};
     int niceness = 0;
+    std::optional<KernelFence> fence{};
 };
 
 struct ExitStatus {

@@ -36,7 +36,7 @@ protected:
     platform::Confinement confinement;
     platform::WorkerImageCodec images{FileUrl(IMAGE_WORKER), confinement};
     platform::NullMediaExporter exporter;
-    platform::Confinement limited{platform::Confinement::Mode::limitsOnly};
+    platform::Confinement limited{platform::Confinement::Mode::withoutWall};
     const FilePreparation preparation{{.images = images, .exporter = exporter, .confinement = confinement}};
     const FilePreparation unwalled{{.images = images, .exporter = exporter, .confinement = limited}};
 };

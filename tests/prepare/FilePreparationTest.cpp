@@ -63,7 +63,7 @@ protected:
     Sandbox sandbox;
     FileUrl cache = sandbox.at("cache");
     platform::Confinement walled;
-    platform::Confinement limited{platform::Confinement::Mode::limitsOnly};
+    platform::Confinement limited{platform::Confinement::Mode::withoutWall};
     platform::HeadlessImageCodec images;
     DrivenExporter exporter;
     tests::DrivenClock clock;

@@ -81,7 +81,7 @@ protected:
     void installLibreOffice() { writeProgram("soffice", "#!/bin/sh\nexit 1\n"); }
 
     platform::HeadlessPlatform desktop_{root()};
-    platform::Confinement confinement_{platform::Confinement::Mode::limitsOnly};
+    platform::Confinement confinement_{platform::Confinement::Mode::withoutWall};
     std::shared_ptr<const FilePreparation> preparation_ =
         std::make_shared<FilePreparation>(FilePreparation::Tools{.images = desktop_.images,
                                                                  .exporter = desktop_.mediaExporter,

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <sched.h>
 #include <string>
 #include <string_view>
 #include <sys/socket.h>
@@ -108,9 +109,11 @@ int obey(const std::string& word, const Job& job) {
     } else if (word.starts_with("connect=")) {
         return connects(value) ? 0 : 4;
     } else if (word.starts_with("reads=")) {
-        return ::access(value.c_str(), R_OK) == 0 ? 0 : 5;
+        return ::open(value.c_str(), O_RDONLY | O_CLOEXEC) >= 0 ? 0 : 5;
     } else if (word.starts_with("creates=")) {
         return std::ofstream(value) ? 0 : 6;
+    } else if (word == "namespace") {
+        return ::unshare(CLONE_NEWUSER) == 0 ? 0 : 10;
     } else if (word.starts_with("allocates=")) {
         const size_t bytes = std::stoull(value);
         auto* memory = static_cast<volatile char*>(std::malloc(bytes));
