@@ -25,10 +25,10 @@ RegularFile::RegularFile(const FileUrl& file) : file_(file) {
 }
 
 uint64_t RegularFile::size() const {
-    const off_t end = ::lseek(descriptor_.get(), 0, SEEK_END);
-    if (end < 0)
+    struct stat facts{};
+    if (::fstat(descriptor_.get(), &facts) != 0)
         throwFileError(errno, file_.path());
-    return static_cast<uint64_t>(end);
+    return static_cast<uint64_t>(facts.st_size);
 }
 
 size_t RegularFile::read(uint64_t offset, std::byte* buffer, size_t count) const {

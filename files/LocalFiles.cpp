@@ -1,7 +1,6 @@
 #include "files/LocalFiles.h"
 
 #include "base/Errors.h"
-#include "base/RegularFile.h"
 #include "base/Text.h"
 #include "base/Uuid.h"
 #include "files/AppAddress.h"
@@ -26,6 +25,15 @@ std::string grantPath(const std::string& token, const FileUrl& file) {
 }
 
 } // namespace
+
+/// One request on its way: how far its answer has come.
+struct LocalFiles::Serving {
+    std::shared_ptr<platform::SchemeTask> task;
+    platform::SchemeRequest request;
+    std::optional<RegularFile> source{}; // from the head on
+    uint64_t offset = 0;
+    uint64_t remaining = 0;
+};
 
 LocalFiles::LocalFiles(FileUrl resources, platform::Executors& executors, const platform::ContentTypes& contentTypes)
     : resources_(std::move(resources)), executors_(executors), contentTypes_(contentTypes) {}
@@ -71,17 +79,18 @@ std::optional<FileUrl> LocalFiles::resolve(const std::string& url) const {
     return found ? std::optional(found->file) : std::nullopt;
 }
 
-std::optional<FileUrl> LocalFiles::fileFor(const std::string& url) const {
+RegularFile LocalFiles::open(const std::string& url) const {
     const auto found = target(url);
     if (!found)
-        return std::nullopt;
-    try {
-        if (found->identity && RegularFile(found->file).identity() != *found->identity)
-            return std::nullopt;
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
-    return found->file;
+        throw FileFailure(unavailable);
+    return open(*found);
+}
+
+RegularFile LocalFiles::open(const Granted& target) const {
+    RegularFile file(target.file);
+    if (target.identity && file.identity() != *target.identity)
+        throw FileFailure(unavailable);
+    return file;
 }
 
 std::optional<LocalFiles::Granted> LocalFiles::target(const std::string& url) const {
@@ -122,13 +131,7 @@ void LocalFiles::start(std::shared_ptr<platform::SchemeTask> task) {
         active_.insert(task.get());
     }
     auto request = task->request();
-    executors_.userInitiated().submit([weak = weak_from_this(), main = &executors_.main(), request = std::move(request),
-                                       task = std::move(task)]() mutable {
-        if (const auto self = weak.lock())
-            self->serve(task, request);
-        // The task belongs to the main thread, and so does its end.
-        main->post([task = std::move(task)] {});
-    });
+    submit(std::make_shared<Serving>(Serving{.task = std::move(task), .request = std::move(request)}));
 }
 
 void LocalFiles::stop(const platform::SchemeTask& task) {
@@ -141,55 +144,82 @@ size_t LocalFiles::activeTasks() const {
     return active_.size();
 }
 
-void LocalFiles::serve(const TaskRef& task, const platform::SchemeRequest& request) {
+void LocalFiles::submit(ServingRef serving) {
+    executors_.userInitiated().submit(
+        [weak = weak_from_this(), main = &executors_.main(), serving = std::move(serving)]() mutable {
+            if (const auto self = weak.lock())
+                self->serve(serving);
+            if (!serving)
+                return; // it goes on when the task is ready
+            serving->source.reset();
+            // The task belongs to the main thread, and so does its end.
+            main->post([task = std::move(serving->task)] {});
+        });
+}
+
+void LocalFiles::serve(ServingRef& serving) {
+    auto& task = *serving->task;
     std::string failure;
     try {
-        answer(*task, request);
-        deliver(*task, [&] { task->didFinish(); });
-        forget(*task);
+        if (!advance(serving))
+            return;
+        deliver(task, [&] { task.didFinish(); });
+        forget(task);
         return;
     } catch (const Stopped&) {
         return;
     } catch (const std::exception& error) {
         failure = userMessage(error);
     }
-    deliver(*task, [&] { task->didFail(failure); });
-    forget(*task);
+    deliver(task, [&] { task.didFail(failure); });
+    forget(task);
 }
 
-void LocalFiles::answer(platform::SchemeTask& task, const platform::SchemeRequest& request) {
-    const auto wanted = request.url ? target(*request.url) : std::nullopt;
+/// Delivers one chunk, after the head where that is still to come. False when there is more to do: then the task has
+/// taken the serving over, and nothing of it may be touched.
+bool LocalFiles::advance(ServingRef& serving) {
+    auto& task = *serving->task;
+    if (!serving->source)
+        begin(*serving);
+    if (serving->remaining == 0)
+        return true;
+    const size_t count = static_cast<size_t>(std::min<uint64_t>(serving->remaining, chunkSize));
+    platform::Chunk chunk{.bytes = std::make_unique_for_overwrite<std::byte[]>(count), .size = 0};
+    chunk.size = serving->source->read(serving->offset, chunk.bytes.get(), count);
+    if (chunk.size == 0)
+        return true; // the file has shrunk
+    serving->offset += chunk.size;
+    serving->remaining -= chunk.size;
+    const bool isLast = serving->remaining == 0;
+    const bool delivered = deliver(task, [&] {
+        task.didReceiveData(std::move(chunk));
+        if (!isLast)
+            task.whenReady([weak = weak_from_this(), serving = std::move(serving)]() mutable {
+                if (const auto self = weak.lock())
+                    self->submit(std::move(serving));
+            });
+    });
+    if (!delivered)
+        throw Stopped();
+    return isLast;
+}
+
+void LocalFiles::begin(Serving& serving) {
+    const auto wanted = serving.request.url ? target(*serving.request.url) : std::nullopt;
     if (!wanted)
         throw FileFailure(unavailable);
-    const RegularFile source(wanted->file);
-    if (wanted->identity && source.identity() != *wanted->identity)
-        throw FileFailure(unavailable);
-    const uint64_t size = source.size();
-    const ByteRange range = byteRange(request.range, size);
+    serving.source = open(*wanted);
+    const uint64_t size = serving.source->size();
+    const ByteRange range = byteRange(serving.request.range, size);
 
     const platform::SchemeResponse head = response(wanted->file, range, size);
     bool accepted = false;
-    if (!deliver(task, [&] { accepted = task.didReceiveResponse(head); }))
+    if (!deliver(*serving.task, [&] { accepted = serving.task->didReceiveResponse(head); }))
         throw Stopped();
     if (!accepted)
         throw FileFailure("Invalid local file response.");
-    if (request.method == "HEAD")
-        return;
-
-    uint64_t offset = range.start;
-    uint64_t remaining = range.length;
-    while (remaining > 0) {
-        task.awaitCapacity();
-        const size_t count = static_cast<size_t>(std::min<uint64_t>(remaining, chunkSize));
-        platform::Chunk chunk{.bytes = std::make_unique_for_overwrite<std::byte[]>(count), .size = 0};
-        chunk.size = source.read(offset, chunk.bytes.get(), count);
-        if (chunk.size == 0)
-            return; // the file has shrunk
-        offset += chunk.size;
-        remaining -= chunk.size;
-        if (!deliver(task, [&] { task.didReceiveData(std::move(chunk)); }))
-            throw Stopped();
-    }
+    serving.offset = range.start;
+    serving.remaining = serving.request.method == "HEAD" ? 0 : range.length;
 }
 
 platform::SchemeResponse LocalFiles::response(const FileUrl& file, const ByteRange& range, uint64_t size) const {

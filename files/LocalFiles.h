@@ -17,7 +17,8 @@ namespace quillmere {
 
 /// Decides which local files the page may read, and serves them: the page's own resources, and each file that was
 /// granted to it under an unguessable token. One object for the life of the process; owned by a shared pointer, since
-/// serving threads hold it weakly. Grants and lookups from any thread.
+/// serving threads hold it weakly. Grants and lookups from any thread. No thread waits for a page that does not read:
+/// an answer goes on when the task says that it can.
 class LocalFiles : public platform::SchemeHandler, public std::enable_shared_from_this<LocalFiles> {
 public:
     static constexpr size_t capacity = 64;
@@ -42,20 +43,24 @@ public:
 
     void start(std::shared_ptr<platform::SchemeTask> task) override;
     void stop(const platform::SchemeTask& task) override;
-    std::optional<FileUrl> fileFor(const std::string& url) const override;
+    RegularFile open(const std::string& url) const override;
 
     /// How many tasks are neither finished nor stopped.
     size_t activeTasks() const;
 
 private:
-    using TaskRef = std::shared_ptr<platform::SchemeTask>;
     struct Granted {
         FileUrl file;
         std::optional<FileIdentity> identity;
     };
+    struct Serving;
+    using ServingRef = std::shared_ptr<Serving>; // one owner at a time
 
-    void serve(const TaskRef& task, const platform::SchemeRequest& request);
-    void answer(platform::SchemeTask& task, const platform::SchemeRequest& request);
+    void submit(ServingRef serving);
+    void serve(ServingRef& serving);
+    bool advance(ServingRef& serving);
+    void begin(Serving& serving);
+    RegularFile open(const Granted& target) const;
     std::optional<Granted> target(const std::string& url) const;
     std::optional<Granted> granted(const std::string& path) const;
     platform::SchemeResponse response(const FileUrl& file, const ByteRange& range, uint64_t size) const;

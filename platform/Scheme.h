@@ -1,8 +1,9 @@
 #pragma once
 
-#include "base/FileUrl.h"
+#include "base/RegularFile.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,8 +30,8 @@ struct Chunk {
     size_t size = 0;
 };
 
-/// One request of the page for an address of the private scheme. Except for `awaitCapacity`, main thread only, and
-/// never after the handler was told to stop it. Its identity is its address.
+/// One request of the page for an address of the private scheme. Main thread only, and never after the handler was told
+/// to stop it. Its identity is its address.
 class SchemeTask {
 public:
     virtual ~SchemeTask() = default;
@@ -40,8 +41,9 @@ public:
     virtual void didReceiveData(Chunk chunk) = 0;
     virtual void didFinish() = 0;
     virtual void didFail(const std::string& message) = 0;
-    /// Waits until the task can take another chunk or is stopped. Called on the serving thread, never on the main one.
-    virtual void awaitCapacity() = 0;
+    /// Runs the action once, on the main thread, at once or later: when the task can take another chunk, or is stopped.
+    /// One at a time. A page may leave an answer unread for ever, so nothing waits meanwhile.
+    virtual void whenReady(std::function<void()> action) = 0;
 };
 
 /// Serves the private scheme. Starts and stops arrive on the main thread.
@@ -50,9 +52,9 @@ public:
     virtual ~SchemeHandler() = default;
     virtual void start(std::shared_ptr<SchemeTask> task) = 0;
     virtual void stop(const SchemeTask& task) = 0;
-    /// The file behind an address, by the same rules as a request: for media elements, which read it themselves. Any
-    /// thread.
-    virtual std::optional<FileUrl> fileFor(const std::string& url) const = 0;
+    /// The open file behind an address, by the same rules as a request; throws what a request would fail with. For
+    /// roads to the page beside the scheme. Any thread.
+    virtual RegularFile open(const std::string& url) const = 0;
 };
 
 } // namespace quillmere::platform

@@ -3,7 +3,7 @@
 #include "platform/common/ProcessRegistry.h"
 #include "platform/gtk/DesktopPlatform.h"
 #include "platform/gtk/desktop/SingleInstance.h"
-#include "platform/gtk/media/MediaEnvironment.h"
+#include "platform/gtk/desktop/ProcessSetup.h"
 #include "prepare/FilePreparation.h"
 #include "shell/QuillmereDelegate.h"
 #include "shell/SelfTest.h"
@@ -45,7 +45,7 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
 }
 
 [[noreturn]] void runApplication(std::vector<std::string> arguments) {
-    platform::gtk::prepareMediaEnvironment();
+    platform::gtk::prepareProcess();
     const auto role = platform::gtk::claimInstance(arguments);
     if (role == platform::gtk::InstanceRole::handedOver)
         platform::endProgram(EXIT_SUCCESS); // a thread of the hand-over may still be at work

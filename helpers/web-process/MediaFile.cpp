@@ -2,7 +2,8 @@
 
 #include "helpers/web-process/ShellLink.h"
 
-#include <sys/stat.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace quillmere::platform::gtk {
 
@@ -23,6 +24,8 @@ void runOnMainThread(std::function<void()> action) {
 
 } // namespace
 
+MediaFile::MediaFile() : interruption_(::eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
 void MediaFile::setAddress(std::optional<std::string> address) {
     {
         const std::lock_guard hold(lock_);
@@ -41,6 +44,7 @@ bool MediaFile::start() {
     if (!address_)
         return false;
     started_ = true;
+    changed();
     if (state_ == State::idle) {
         state_ = State::asked;
         // Posted even on the main thread: the caller may hold locks of the pipeline.
@@ -60,31 +64,42 @@ void MediaFile::ask(uint64_t question) {
             return;
         address = *address_;
     }
-    shell::askForFile(address, [weak = weak_from_this(), question](FileDescriptor file) {
+    shell::askForChannel(address, [weak = weak_from_this(), question](FileDescriptor channel, uint64_t size) {
         if (const auto self = weak.lock())
-            self->settle(question, std::move(file));
+            self->settle(question, std::move(channel), size);
     });
 }
 
-void MediaFile::settle(uint64_t question, FileDescriptor file) {
+void MediaFile::settle(uint64_t question, FileDescriptor channel, uint64_t size) {
     const std::lock_guard hold(lock_);
     if (question != question_ || state_ != State::asked)
         return;
-    state_ = file ? State::ready : State::refused;
-    file_ = std::move(file);
+    state_ = channel ? State::ready : State::refused;
+    if (channel)
+        pipes_ = std::make_shared<FilePipes>(std::move(channel), size);
+    changed_.notify_all();
+}
+
+/// Whoever waits looks again. With the lock held.
+void MediaFile::changed() {
+    eventfd_t count = 0;
+    if (!started_ || flushing_)
+        ::eventfd_write(interruption_.get(), 1);
+    else
+        ::eventfd_read(interruption_.get(), &count);
     changed_.notify_all();
 }
 
 void MediaFile::stop() {
     const std::lock_guard hold(lock_);
     started_ = false;
-    changed_.notify_all();
+    changed();
 }
 
 void MediaFile::setFlow(Flow flow) {
     const std::lock_guard hold(lock_);
     flushing_ = flow == Flow::flushing;
-    changed_.notify_all();
+    changed();
 }
 
 void MediaFile::forget() {
@@ -92,32 +107,50 @@ void MediaFile::forget() {
     ++question_;
     state_ = State::idle;
     refusalTaken_ = false;
-    file_.reset();
+    pipes_.reset();
     changed_.notify_all();
 }
 
-MediaFile::Result MediaFile::wait() {
+MediaFile::Outcome MediaFile::await() {
     std::unique_lock hold(lock_);
     const bool mayWait = !onMainThread();
     changed_.wait(hold, [&] { return state_ != State::asked || !started_ || flushing_ || !mayWait; });
     switch (state_) {
     case State::ready:
-        return {Outcome::ready, file_.get()};
+        return Outcome::ready;
     case State::refused:
-        return {Outcome::refused};
+        return Outcome::refused;
     case State::idle:
     case State::asked:
         break;
     }
-    return {Outcome::interrupted};
+    return Outcome::interrupted;
+}
+
+MediaFile::Result MediaFile::read(uint64_t offset, std::span<std::byte> buffer) {
+    const auto outcome = await();
+    std::shared_ptr<FilePipes> pipes;
+    {
+        const std::lock_guard hold(lock_);
+        pipes = pipes_;
+    }
+    if (outcome != Outcome::ready || !pipes)
+        return {.outcome = outcome == Outcome::ready ? Outcome::interrupted : outcome};
+    const auto result = pipes->read(offset, buffer, interruption_.get());
+    switch (result.outcome) {
+    case FilePipes::Outcome::read:
+        return {.outcome = Outcome::ready, .count = result.count};
+    case FilePipes::Outcome::interrupted:
+        return {.outcome = Outcome::interrupted};
+    case FilePipes::Outcome::failed:
+        break;
+    }
+    return {.outcome = Outcome::failed};
 }
 
 std::optional<uint64_t> MediaFile::sizeNow() const {
     const std::lock_guard hold(lock_);
-    struct stat status{};
-    if (state_ != State::ready || ::fstat(file_.get(), &status) != 0)
-        return std::nullopt;
-    return static_cast<uint64_t>(status.st_size);
+    return pipes_ ? std::optional(pipes_->size()) : std::nullopt;
 }
 
 bool MediaFile::takeRefusal() {

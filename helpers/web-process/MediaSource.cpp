@@ -1,12 +1,11 @@
 #include "helpers/web-process/MediaSource.h"
 
 #include "helpers/web-process/MediaFile.h"
-#include "platform/gtk/media/MediaProtocol.h"
+#include "platform/gtk/reads/ReadProtocol.h"
 
 #include <array>
-#include <cerrno>
 #include <gst/base/gstbasesrc.h>
-#include <unistd.h>
+#include <span>
 
 namespace quillmere::platform::gtk {
 
@@ -78,21 +77,22 @@ gboolean getSize(GstBaseSrc* source, guint64* size) {
     return known.has_value();
 }
 
-MediaFile::Result awaitFile(GstBaseSrc* source) {
-    auto& file = fileOf(source);
-    const auto result = file.wait();
-    if (result.outcome == MediaFile::Outcome::refused && file.takeRefusal())
+void report(GstBaseSrc* source, MediaFile::Outcome outcome) {
+    if (outcome == MediaFile::Outcome::refused && fileOf(source).takeRefusal())
         GST_ELEMENT_ERROR(source, RESOURCE, NOT_FOUND, ("The file is not available."), (nullptr));
-    return result;
+    if (outcome == MediaFile::Outcome::failed)
+        GST_ELEMENT_ERROR(source, RESOURCE, READ, ("The file could not be read."), (nullptr));
 }
 
 // Demuxers ask for the duration first and take any answer for one in time, so only bytes may be answered here.
 gboolean answerDuration(GstBaseSrc* source, GstQuery* query) {
     GstFormat format = GST_FORMAT_UNDEFINED;
     gst_query_parse_duration(query, &format, nullptr);
-    if (format != GST_FORMAT_BYTES || awaitFile(source).outcome != MediaFile::Outcome::ready)
+    if (format != GST_FORMAT_BYTES)
         return FALSE;
-    const auto size = fileOf(source).sizeNow();
+    const auto outcome = fileOf(source).await();
+    report(source, outcome);
+    const auto size = outcome == MediaFile::Outcome::ready ? fileOf(source).sizeNow() : std::nullopt;
     if (size)
         gst_query_set_duration(query, format, static_cast<gint64>(*size));
     return size.has_value();
@@ -104,41 +104,27 @@ gboolean answer(GstBaseSrc* source, GstQuery* query) {
     return GST_BASE_SRC_CLASS(parentClass)->query(source, query);
 }
 
-/// Bytes read, fewer only at the end of the file; negative for an error, left in errno.
-ssize_t readFully(int descriptor, guint8* bytes, size_t count, uint64_t offset) {
-    size_t got = 0;
-    while (got < count) {
-        const ssize_t more = ::pread(descriptor, bytes + got, count - got, static_cast<off_t>(offset + got));
-        if (more < 0 && errno == EINTR)
-            continue;
-        if (more < 0)
-            return -1;
-        if (more == 0)
-            break;
-        got += static_cast<size_t>(more);
-    }
-    return static_cast<ssize_t>(got);
-}
-
 GstFlowReturn fill(GstBaseSrc* source, guint64 offset, guint count, GstBuffer* buffer) {
-    const auto file = awaitFile(source);
-    if (file.outcome != MediaFile::Outcome::ready)
-        return file.outcome == MediaFile::Outcome::refused ? GST_FLOW_ERROR : GST_FLOW_FLUSHING;
     GstMapInfo map{};
     if (!gst_buffer_map(buffer, &map, GST_MAP_WRITE))
         return GST_FLOW_ERROR;
-    const ssize_t got = readFully(file.descriptor, map.data, count, offset);
-    const int failure = errno;
+    const auto result = fileOf(source).read(offset, std::as_writable_bytes(std::span(map.data, count)));
     gst_buffer_unmap(buffer, &map);
-    if (got < 0) {
-        GST_ELEMENT_ERROR(source, RESOURCE, READ, ("The file could not be read."), ("%s", g_strerror(failure)));
+    report(source, result.outcome);
+    switch (result.outcome) {
+    case MediaFile::Outcome::ready:
+        break;
+    case MediaFile::Outcome::interrupted:
+        return GST_FLOW_FLUSHING;
+    case MediaFile::Outcome::refused:
+    case MediaFile::Outcome::failed:
         return GST_FLOW_ERROR;
     }
-    if (got == 0)
+    if (result.count == 0)
         return GST_FLOW_EOS;
-    gst_buffer_set_size(buffer, got);
+    gst_buffer_set_size(buffer, static_cast<gssize>(result.count));
     GST_BUFFER_OFFSET(buffer) = offset;
-    GST_BUFFER_OFFSET_END(buffer) = offset + static_cast<guint64>(got);
+    GST_BUFFER_OFFSET_END(buffer) = offset + result.count;
     return GST_FLOW_OK;
 }
 
@@ -164,7 +150,7 @@ void initClass(gpointer type, gpointer) {
 }
 
 const gchar* const* protocols(GType) {
-    static constexpr std::array<const gchar*, 2> list{media::scheme, nullptr};
+    static constexpr std::array<const gchar*, 2> list{reads::scheme, nullptr};
     return list.data();
 }
 

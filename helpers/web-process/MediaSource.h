@@ -2,7 +2,7 @@
 
 namespace quillmere::platform::gtk {
 
-/// Registers a media source for the private scheme: seekable, read in place from the file that the program hands over.
+/// Registers a media source for the private scheme: seekable, read through pipes that the program fills.
 /// False when the media framework cannot be had.
 bool registerMediaSource();
 

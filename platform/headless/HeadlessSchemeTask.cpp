@@ -1,5 +1,7 @@
 #include "platform/headless/HeadlessSchemeTask.h"
 
+#include <utility>
+
 namespace quillmere::platform {
 
 bool HeadlessSchemeTask::didReceiveResponse(const SchemeResponse& answer) {
@@ -12,21 +14,25 @@ bool HeadlessSchemeTask::didReceiveResponse(const SchemeResponse& answer) {
 void HeadlessSchemeTask::didReceiveData(Chunk chunk) {
     body.append(reinterpret_cast<const char*>(chunk.bytes.get()), chunk.size);
     chunkSizes.push_back(chunk.size);
-}
-
-void HeadlessSchemeTask::awaitCapacity() {
-    std::unique_lock guard(lock_);
-    changed_.wait(guard, [&] { return !allowance_ || *allowance_ > 0; });
-    if (allowance_)
+    if (allowance_ && *allowance_ > 0)
         --*allowance_;
 }
 
+void HeadlessSchemeTask::whenReady(std::function<void()> action) {
+    waiting_ = std::move(action);
+    if (!allowance_ || *allowance_ > 0)
+        proceed();
+}
+
 void HeadlessSchemeTask::allow(size_t count) {
-    {
-        const std::lock_guard guard(lock_);
-        allowance_ = allowance_.value_or(0) + count;
-    }
-    changed_.notify_all();
+    allowance_ = allowance_.value_or(0) + count;
+    if (*allowance_ > 0)
+        proceed();
+}
+
+void HeadlessSchemeTask::proceed() {
+    if (const auto action = std::exchange(waiting_, nullptr))
+        action();
 }
 
 std::optional<std::string> HeadlessSchemeTask::header(const std::string& name) const {

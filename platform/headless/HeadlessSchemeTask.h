@@ -2,13 +2,12 @@
 
 #include "platform/Scheme.h"
 
-#include <condition_variable>
-#include <mutex>
+#include <functional>
 
 namespace quillmere::platform {
 
 /// One request for the private scheme, recorded in memory. It can refuse the response and hold back the body like a
-/// page that does not read.
+/// page that does not read. Main thread only.
 class HeadlessSchemeTask : public SchemeTask {
 public:
     explicit HeadlessSchemeTask(SchemeRequest request) : request_(std::move(request)) {}
@@ -18,12 +17,14 @@ public:
     void didReceiveData(Chunk chunk) override;
     void didFinish() override { finished = true; }
     void didFail(const std::string& message) override { failure = message; }
-    void awaitCapacity() override;
+    void whenReady(std::function<void()> action) override;
 
     bool isOver() const { return finished || failure; }
     std::optional<std::string> header(const std::string& name) const;
     /// Lets `count` more chunks through; once called, no other is.
     void allow(size_t count);
+    /// The page no longer wants the answer. The handler is told apart from this.
+    void stop() { proceed(); }
 
     bool refusesResponse = false;
     std::optional<SchemeResponse> response;
@@ -33,10 +34,11 @@ public:
     std::optional<std::string> failure;
 
 private:
+    void proceed();
+
     const SchemeRequest request_;
-    std::mutex lock_;
-    std::condition_variable changed_;
     std::optional<size_t> allowance_;
+    std::function<void()> waiting_;
 };
 
 } // namespace quillmere::platform

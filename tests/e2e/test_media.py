@@ -1,6 +1,8 @@
 """Media elements play and seek through the private scheme, in the real program."""
 
+import os
 import unittest
+from pathlib import Path
 
 import fixtures
 from harness import EndToEnd
@@ -37,6 +39,16 @@ STEPS = """
     }
     return out;
 """
+
+
+def open_files(pid):
+    links = []
+    for number in os.listdir(f"/proc/{pid}/fd"):
+        try:
+            links.append(os.readlink(f"/proc/{pid}/fd/{number}"))
+        except OSError:  # closed meanwhile
+            pass
+    return links
 
 
 class Media(EndToEnd):
@@ -91,6 +103,10 @@ class Media(EndToEnd):
             with self.subTest(name=name):
                 program = self.program(self.files / name)
                 self.assertRegex(program.wait_title("^(shown|error)", patience=240), pattern)
+                # A descriptor for reading can be opened again for writing, so the page's process gets none.
+                held = open_files(program.web_process())
+                self.assertIn("pipe", {link.split(":")[0] for link in held})
+                self.assertFalse([link for link in held if link.endswith(Path(name).suffix)], held)
 
 
 if __name__ == "__main__":

@@ -1,3 +1,4 @@
+#include "base/Errors.h"
 #include "base/FileDescriptor.h"
 #include "base/RegularFile.h"
 #include "files/LocalFiles.h"
@@ -143,12 +144,12 @@ TEST_F(ServingTest, OnlyTheFileThatWasCheckedIsServed) {
     const std::string url = "quillmere://app" + local_->grant(file, RegularFile(file).identity());
     const auto fetch = [&] { return serve(requestAt(url)); };
     EXPECT_EQ(fetch()->body, "checked");
-    EXPECT_EQ(local_->fileFor(url), file);
+    EXPECT_EQ(local_->open(url).identity(), RegularFile(file).identity());
 
     fs::remove(file.filesystemPath());
     fs::create_symlink(outside.filesystemPath(), file.filesystemPath());
     EXPECT_EQ(fetch()->failure, "The requested local file is unavailable.");
-    EXPECT_FALSE(local_->fileFor(url));
+    EXPECT_THROW(local_->open(url), FileFailure);
 
     local_->grant(file);
     EXPECT_EQ(fetch()->body, "secret") << "chosen anew by the user, links included";
@@ -186,8 +187,10 @@ TEST_F(ServingTest, AStoppedTaskHearsNothingMoreAndLeavesNothingBehind) {
     }
     ASSERT_TRUE(platform_.executors.main().runUntil(
         [&] { return std::ranges::all_of(tasks, [](const auto& task) { return task->chunkSizes.size() == 2; }); }));
-    for (size_t i = 0; i < tasks.size(); i += 2)
+    for (size_t i = 0; i < tasks.size(); i += 2) {
         local_->stop(*tasks[i]);
+        tasks[i]->stop();
+    }
     for (const auto& task : tasks)
         task->allow(1'000);
     ASSERT_TRUE(platform_.executors.main().runUntil([&] { return platform_.executors.isIdle(); }));
@@ -199,6 +202,23 @@ TEST_F(ServingTest, AStoppedTaskHearsNothingMoreAndLeavesNothingBehind) {
     }
     EXPECT_EQ(local_->activeTasks(), 0U);
     EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(ServingTest, UnreadAnswersHoldNoWorker) {
+    const FileUrl file = write("big.bin", pattern(600'000));
+    std::vector<TaskRef> unread;
+    for (int i = 0; i < 40; ++i) {
+        unread.push_back(request(file));
+        unread.back()->allow(1);
+        local_->start(unread.back());
+    }
+    ASSERT_TRUE(platform_.executors.main().runUntil(
+        [&] { return std::ranges::all_of(unread, [](const auto& task) { return task->chunkSizes.size() == 1; }); }));
+    EXPECT_TRUE(platform_.executors.main().runUntil([&] { return platform_.executors.isIdle(); }));
+    for (const auto& task : unread)
+        task->allow(1'000);
+    EXPECT_TRUE(platform_.executors.main().runUntil(
+        [&] { return std::ranges::all_of(unread, [](const auto& task) { return task->finished; }); }));
 }
 
 TEST_F(ServingTest, ATaskStoppedAtOnceGetsNotEvenAResponse) {

@@ -19,7 +19,7 @@ public:
     void didReceiveData(Chunk chunk) override { body_->push(std::move(chunk)); }
     void didFinish() override;
     void didFail(const std::string& message) override;
-    void awaitCapacity() override { body_->awaitCapacity(); }
+    void whenReady(std::function<void()> action) override { body_->whenReady(std::move(action)); }
 
     /// Ends the task from our side, as if the web view had stopped it.
     void stop() { body_->stop(); }

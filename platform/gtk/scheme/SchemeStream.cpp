@@ -32,6 +32,7 @@ void initStream(GTypeInstance* object, gpointer) {
 }
 
 void finalize(GObject* object) {
+    guarded([&] { (*streamOf(object)->body)->stop(); }); // nobody can read it any more
     delete streamOf(object)->body;
     G_OBJECT_CLASS(parentClass)->finalize(object);
 }
@@ -102,7 +103,6 @@ void SchemeStream::push(Chunk chunk) {
         return;
     chunk_ = std::move(chunk);
     taken_ = 0;
-    setFull(true);
     pump();
 }
 
@@ -122,24 +122,24 @@ void SchemeStream::end(End how) {
 void SchemeStream::stop() {
     const bool wasStopped = std::exchange(end_, End::stopped) == End::stopped;
     chunk_ = {};
-    setFull(false);
     if (wasStopped)
         return;
-    pumpSoon();
+    if (read_)
+        pumpSoon();
     if (const auto action = std::exchange(onStop_, nullptr))
         action();
+    tellReady();
 }
 
-void SchemeStream::awaitCapacity() {
-    std::unique_lock hold(lock_);
-    capacity_.wait(hold, [this] { return !full_; });
+void SchemeStream::whenReady(std::function<void()> action) {
+    onReady_ = std::move(action);
+    if (!chunk_.bytes)
+        tellReady();
 }
 
-void SchemeStream::setFull(bool full) {
-    const std::lock_guard hold(lock_);
-    full_ = full;
-    if (!full)
-        capacity_.notify_all();
+void SchemeStream::tellReady() {
+    if (const auto action = std::exchange(onReady_, nullptr))
+        action();
 }
 
 void SchemeStream::beginRead(const Read& read, GCancellable* cancellable) {
@@ -175,7 +175,7 @@ gssize SchemeStream::take(const Read& read) {
     flow_->sent(count);
     if (taken_ == chunk_.size) {
         chunk_ = {};
-        setFull(false);
+        tellReady();
     }
     return static_cast<gssize>(count);
 }

@@ -5,16 +5,14 @@
 #include "platform/gtk/glib/Signals.h"
 #include "platform/gtk/scheme/SchemeFlow.h"
 
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <optional>
 
 namespace quillmere::platform::gtk {
 
 /// The body of one answer: a stream that the web view reads a few kilobytes at a time, fed one chunk at a time. The web
 /// view sends the headers when its first read returns, so the stream is handed over at once, with nothing in it, and
-/// its first read stays pending until there is something to say. Main thread only, except `awaitCapacity`.
+/// its first read stays pending until there is something to say. Main thread only.
 class SchemeStream : public std::enable_shared_from_this<SchemeStream> {
 public:
     static std::shared_ptr<SchemeStream> make(std::shared_ptr<SchemeFlow> flow);
@@ -31,8 +29,8 @@ public:
     /// Ends the answer as if the web view had stopped it.
     void stop();
 
-    /// Waits until the last chunk was taken or the answer has ended. Never on the main thread.
-    void awaitCapacity();
+    /// Runs the action once, as soon as the last chunk was taken or the answer has ended.
+    void whenReady(std::function<void()> action);
 
     // What the stream object forwards.
     struct Read {
@@ -54,7 +52,7 @@ private:
     void pump();
     void pumpSoon();
     gssize take(const Read& read);
-    void setFull(bool full);
+    void tellReady();
 
     const std::shared_ptr<SchemeFlow> flow_;
     std::function<void()> onStop_;
@@ -68,10 +66,7 @@ private:
     std::string message_;
     bool pumping_ = false;
     bool waiting_ = false; // for the flow to open
-
-    std::mutex lock_; // guards what awaitCapacity looks at
-    std::condition_variable capacity_;
-    bool full_ = false;
+    std::function<void()> onReady_;
 };
 
 } // namespace quillmere::platform::gtk

@@ -33,7 +33,7 @@ DesktopWebView::DesktopWebView(const WebViewConfiguration& configuration, const 
       content_(GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new())),
       filter_(content_.get(), configuration.scheme, configuration.host),
       tasks_(context_.get(), configuration.scheme, *configuration.schemeHandler),
-      media_(context_.get(), extensions, *configuration.schemeHandler, executors),
+      reads_(context_.get(), extensions, *configuration.schemeHandler, executors),
       bridge_(content_.get(), configuration.messageHandler, configuration.userScript,
               [this](json::value body) { deliver(std::move(body)); }) {
     web_ = makeWebWidget(configuration, context_.get(), session_.get(), content_.get());

@@ -3,7 +3,7 @@
 #include "platform/Executors.h"
 #include "platform/WebView.h"
 #include "platform/gtk/glib/Signals.h"
-#include "platform/gtk/media/MediaResolver.h"
+#include "platform/gtk/reads/FileReads.h"
 #include "platform/gtk/scheme/SchemeTasks.h"
 #include "platform/gtk/view/WidgetView.h"
 #include "platform/gtk/web/NetworkFilter.h"
@@ -17,7 +17,7 @@ namespace quillmere::platform::gtk {
 /// saves nothing. Main thread only.
 class DesktopWebView final : public platform::WebView {
 public:
-    /// `extensions` is the folder that holds the media extension and nothing else. The executors outlive the view.
+    /// `extensions` is the folder that holds the web process extension and nothing else. The executors outlive the view.
     DesktopWebView(const WebViewConfiguration& configuration, const FileUrl& extensions, Executors& executors);
     ~DesktopWebView() override;
 
@@ -27,8 +27,6 @@ public:
     void reload() override;
     void evaluate(const std::string& script) override;
 
-    /// Whether media elements can play: the extension of the web process has reported in.
-    bool mediaReady() const noexcept { return media_.extensionReported(); }
     WebKitWebView* webView() const noexcept { return web_.get(); }
 
 private:
@@ -49,7 +47,7 @@ private:
     std::weak_ptr<WebViewClient> client_;
     NetworkFilter filter_;
     SchemeTasks tasks_;
-    MediaResolver media_;
+    FileReads reads_;
     WebViewBridge bridge_;
     std::string url_; // what was loaded last
     LoopTimer timeout_;

@@ -1,9 +1,7 @@
 #include "platform/gtk/scheme/SchemeStream.h"
 
 #include <cstring>
-#include <future>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace quillmere::platform::gtk {
 namespace {
@@ -101,21 +99,26 @@ TEST_F(SchemeStreamTest, AStopIsToldOnceEndsTheReadAndFreesTheServingThread) {
     EXPECT_EQ(stops, 1);
 }
 
-TEST_F(SchemeStreamTest, CapacityComesBackWhenTheChunkIsTakenOrTheAnswerStopped) {
+TEST_F(SchemeStreamTest, IsReadyWhenTheChunkIsTakenOrTheAnswerStopped) {
     for (const bool taken : {true, false}) {
         const auto stream = SchemeStream::make(std::make_shared<SchemeFlow>());
+        int ready = 0;
+        stream->whenReady([&] { ++ready; });
+        EXPECT_EQ(ready, 1) << "there was nothing to wait for";
         stream->push(chunkOf("waits for a reader"));
-        auto serving = std::async(std::launch::async, [&] { stream->awaitCapacity(); });
-        EXPECT_EQ(serving.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
+        stream->whenReady([&] { ++ready; });
+        turnLoop();
+        EXPECT_EQ(ready, 1);
         if (taken) {
             Reader reader(stream->makeInputStream(), 100);
             turnLoop();
             EXPECT_EQ(reader.text, "waits for a reader");
+            EXPECT_EQ(ready, 2);
             stream->finish();
         } else {
             stream->stop();
         }
-        serving.get();
+        EXPECT_EQ(ready, 2);
     }
 }
 

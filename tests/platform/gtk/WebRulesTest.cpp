@@ -1,30 +1,9 @@
-#include "platform/gtk/media/MediaResolver.h"
 #include "platform/gtk/web/WebViewBridge.h"
-#include "tests/support/Sandbox.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace quillmere::platform::gtk {
 namespace {
-
-TEST(MediaResolver, OpensRegularFilesOnly) {
-    const tests::Sandbox sandbox;
-    const FileUrl film = sandbox.write("film.mp4");
-    const FileUrl link = sandbox.at("link.mp4");
-    std::filesystem::create_symlink(film.path(), link.path());
-    const FileUrl pipe = sandbox.at("pipe.mp4");
-    ASSERT_EQ(::mkfifo(pipe.path().c_str(), 0600), 0);
-    for (const auto& openable : {film, link}) {
-        const auto file = MediaResolver::openMedia(openable);
-        ASSERT_TRUE(file) << openable.path();
-        EXPECT_EQ(::fcntl(file.get(), F_GETFL) & O_ACCMODE, O_RDONLY);
-        EXPECT_NE(::fcntl(file.get(), F_GETFD) & FD_CLOEXEC, 0);
-    }
-    for (const auto& other : {sandbox.folder("folder.mp4"), pipe, sandbox.at("none.mp4"), FileUrl("/dev/zero")})
-        EXPECT_FALSE(MediaResolver::openMedia(other)) << other.path();
-}
 
 TEST(WebViewBridge, TakesJsonTextWithinItsLimits) {
     const auto context = GObjectRef<JSCContext>::adopt(jsc_context_new());

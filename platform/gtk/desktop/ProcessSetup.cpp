@@ -1,7 +1,7 @@
-#include "platform/gtk/media/MediaEnvironment.h"
+#include "platform/gtk/desktop/ProcessSetup.h"
 
 #include "platform/gtk/glib/GObjectRef.h"
-#include "platform/gtk/media/MediaProtocol.h"
+#include "platform/gtk/reads/ReadProtocol.h"
 
 #include <glib.h>
 #include <string>
@@ -20,10 +20,10 @@ void keepPluginRegistry() {
 
 } // namespace
 
-void prepareMediaEnvironment() {
+void prepareProcess() {
     constexpr const char* name = "WEBKIT_GST_ALLOWED_URI_PROTOCOLS";
     const char* already = g_getenv(name);
-    const std::string schemes = already && *already ? std::string(already) + "," + media::scheme : media::scheme;
+    const std::string schemes = already && *already ? std::string(already) + "," + reads::scheme : reads::scheme;
     g_setenv(name, schemes.c_str(), TRUE);
     keepPluginRegistry();
 }
