@@ -85,16 +85,20 @@ need_page_packages() {
     quietly "Installing the page's packages" npm ci --prefix "$root/page" --ignore-scripts --no-audit --no-fund --loglevel=error
 }
 
+# configure PRESET: also after a change of the presets, which the build folder does not notice by itself.
+configure() {
+    [ "$root/build/$1/build.ninja" -nt "$root/CMakePresets.json" ] && return
+    need_node
+    (cd "$root" && quietly "Configuring ($1)" cmake --preset "$1") || fail "$(packages_hint)"
+}
+
 # build PRESET [TARGET...]: configures and builds it, or the targets alone.
 build() {
-    local preset=$1 folder=$root/build/$1
+    local preset=$1
     shift
     need_page_packages
-    if ! [ "$folder/build.ninja" -nt "$root/CMakePresets.json" ]; then
-        need_node
-        (cd "$root" && quietly "Configuring ($preset)" cmake --preset "$preset") || fail "$(packages_hint)"
-    fi
-    NINJA_STATUS='[%f/%t] ' quietly "Compiling ($preset)" cmake --build "$folder" ${1:+--target "$@"}
+    configure "$preset"
+    NINJA_STATUS='[%f/%t] ' quietly "Compiling ($preset)" cmake --build "$root/build/$preset" ${1:+--target "$@"}
 }
 
 # Starts an X server with a window manager for this script when there is no display, and ends it with the script.
@@ -105,6 +109,7 @@ need_display() {
 
 own_display() {
     need "${headless_packages[@]}"
+    command -v Xvfb >/dev/null || fail "There is no display, and no Xvfb to make one. $(packages_hint)"
     local pipe
     pipe=$(mktemp)
     Xvfb -displayfd 3 -screen 0 1400x900x24 -nolisten tcp 3>"$pipe" >/dev/null 2>&1 &
