@@ -2,7 +2,10 @@
 
 #include "base/Text.h"
 
+#include <boost/json/basic_parser_impl.hpp>
+#include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace quillmere {
 
@@ -31,6 +34,107 @@ bool isWritable(const json::value& value) {
         return true;
     }
     return false;
+}
+
+/// Builds a value from the parser's events. The library's own builder takes the parser's doubles, which may be off by
+/// some last bits; here they are read again from their text.
+class ValueBuilder {
+public:
+    using Code = boost::system::error_code;
+    using Text = json::string_view;
+    static constexpr size_t max_object_size = json::object::max_size();
+    static constexpr size_t max_array_size = json::array::max_size();
+    static constexpr size_t max_key_size = json::string::max_size();
+    static constexpr size_t max_string_size = json::string::max_size();
+
+    json::value release() { return values_.release(); }
+
+    bool on_document_begin(Code&) { return true; }
+    bool on_document_end(Code&) { return true; }
+    bool on_object_begin(Code&) { return true; }
+    bool on_object_end(size_t count, Code&) {
+        return add([&] { values_.push_object(count); });
+    }
+    bool on_array_begin(Code&) { return true; }
+    bool on_array_end(size_t count, Code&) {
+        return add([&] { values_.push_array(count); });
+    }
+    bool on_key_part(Text part, size_t, Code&) {
+        return add([&] { values_.push_chars(part); });
+    }
+    bool on_key(Text rest, size_t, Code&) {
+        return add([&] { values_.push_key(rest); });
+    }
+    bool on_string_part(Text part, size_t, Code&) {
+        return add([&] { values_.push_chars(part); });
+    }
+    bool on_string(Text rest, size_t, Code&) {
+        return add([&] { values_.push_string(rest); });
+    }
+    bool on_number_part(Text, Code&) { return true; } // the whole text is there at once
+    bool on_int64(int64_t number, Text, Code&) {
+        return add([&] { values_.push_int64(number); });
+    }
+    bool on_uint64(uint64_t number, Text, Code&) {
+        return add([&] { values_.push_uint64(number); });
+    }
+    bool on_double(double near, Text text, Code&) {
+        std::from_chars(text.data(), text.data() + text.size(), near);
+        return add([&] { values_.push_double(near); });
+    }
+    bool on_bool(bool value, Code&) {
+        return add([&] { values_.push_bool(value); });
+    }
+    bool on_null(Code&) {
+        return add([&] { values_.push_null(); });
+    }
+    bool on_comment_part(Text, Code&) { return true; }
+    bool on_comment(Text, Code&) { return true; }
+
+private:
+    template <typename Push>
+    static bool add(Push push) {
+        push();
+        return true;
+    }
+
+    json::value_stack values_;
+};
+
+std::optional<json::value> parse(std::string_view text, boost::system::error_code& error) {
+    json::parse_options options;
+    options.max_depth = 512;
+    json::basic_parser<ValueBuilder> parser(options);
+    const size_t used = parser.write_some(false, text.data(), text.size(), error);
+    if (error || used != text.size())
+        return std::nullopt;
+    return parser.handler().release();
+}
+
+/// The UTF-16 unit that a "\uXXXX" at this place stands for; nothing when there is none.
+std::optional<unsigned> escapedUnit(std::string_view text, size_t at) {
+    unsigned unit = 0;
+    if (text.substr(at, 2) != "\\u" || text.size() < at + 6)
+        return std::nullopt;
+    const auto [end, error] = std::from_chars(text.data() + at + 2, text.data() + at + 6, unit, 16);
+    return error == std::errc() && end == text.data() + at + 6 ? std::optional(unit) : std::nullopt;
+}
+
+/// JSON text in which escapes for half a character, which a script's strings may hold, stand for U+FFFD.
+std::string withoutHalfCharacters(std::string_view text) {
+    const auto isHigh = [](std::optional<unsigned> unit) { return unit && (*unit & 0xFC00U) == 0xD800U; };
+    const auto isLow = [](std::optional<unsigned> unit) { return unit && (*unit & 0xFC00U) == 0xDC00U; };
+    std::string whole(text);
+    for (size_t at = whole.find('\\'); at != std::string::npos; at = whole.find('\\', at)) {
+        const auto unit = escapedUnit(whole, at);
+        if (isHigh(unit) && isLow(escapedUnit(whole, at + 6)))
+            at += 12;
+        else if (isHigh(unit) || isLow(unit))
+            whole.replace(std::exchange(at, at + 6), 6, "\\uFFFD");
+        else
+            at += 2;
+    }
+    return whole;
 }
 
 } // namespace
@@ -64,12 +168,10 @@ std::optional<std::string> scriptJson(const json::value& value) {
 
 std::optional<json::value> parseJson(std::string_view text) {
     boost::system::error_code error;
-    json::parse_options options;
-    options.max_depth = 64;
-    auto value = json::parse(json::string_view(text.data(), text.size()), error, {}, options);
-    if (error)
-        return std::nullopt;
-    return value;
+    if (auto value = parse(text, error))
+        return value;
+    const auto mended = withoutHalfCharacters(text);
+    return mended == text ? std::nullopt : parse(mended, error);
 }
 
 json::value jsonNumber(double value) {

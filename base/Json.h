@@ -18,7 +18,8 @@ std::optional<std::string> compactJson(const json::value& value);
 /// JSON text that may stand inside a line of script: U+2028, U+2029 and "</" are written as escapes.
 std::optional<std::string> scriptJson(const json::value& value);
 
-/// Parses JSON of bounded depth; nothing when it is malformed.
+/// Parses JSON of bounded depth; nothing when it is malformed. Numbers are read to the last bit, and an escape that
+/// stands for half a character as U+FFFD.
 std::optional<json::value> parseJson(std::string_view text);
 
 /// The number, as an integer where it is a whole one.

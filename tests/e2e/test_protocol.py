@@ -88,9 +88,12 @@ class Protocol(EndToEnd):
             const ask = async (text, id) => { const from = api.messages.length;
                 api.post({ type: 'copy-text', text, copyRequestId: id }); return await api.wait('clipboard-result', from); };
             const limit = 16 * 1024 * 1024;
-            return [await ask('x'.repeat(limit), 1), await ask('x'.repeat(limit + 1), 2), await ask('', null), await ask('kept', 'k')];
+            return [await ask('x'.repeat(limit), 1), await ask('x'.repeat(limit + 1), 2), await ask('', null),
+                    await ask('\\n'.repeat(limit), 4.35), await ask('\\x01'.repeat(limit), [1234567.891]), await ask('x'.repeat(33 * limit / 16), 6),
+                    await ask('half \\ud83d', { half: 1 / 3 }), await ask('kept', 'k')];
         """)
-        self.assertEqual([(v["success"], v["copyRequestId"]) for v in value], [(True, 1), (False, 2), (False, None), (True, "k")])
+        self.assertEqual([(v["success"], v["copyRequestId"]) for v in value],
+                         [(True, 1), (False, 2), (False, None), (True, 4.35), (True, [1234567.891]), (False, 6), (True, {"half": 1 / 3}), (True, "k")])
         self.assertEqual(until("the clipboard", lambda: program.tool("xclip", "-o", "-selection", "clipboard")), "kept")
 
     def test_many_requests_leave_nothing_behind(self):

@@ -11,11 +11,13 @@ struct UserScriptUnref {
 };
 using UserScript = std::unique_ptr<WebKitUserScript, UserScriptUnref>;
 
-// The event carries text only: objects do not pass from one script world to another.
-constexpr const char* pageScript = R"js((name => {
+// The event carries text only: objects do not pass from one script world to another. A string that nobody may want is
+// not carried, so that its message still arrives and can be answered.
+constexpr const char* pageScript = R"js(((name, longest) => {
     const handler = Object.freeze({
         postMessage(message) {
-            const text = JSON.stringify(message);
+            const text = JSON.stringify(message, (key, value) =>
+                typeof value === 'string' && value.length > longest ? null : value);
             if (text !== undefined)
                 window.dispatchEvent(new CustomEvent('shell-message', { detail: text }));
         },
@@ -32,7 +34,8 @@ constexpr const char* shellScript = R"js((name => {
 }))js";
 
 std::string applied(const char* function, const std::string& handler) {
-    return std::string(function) + "(" + scriptJson(json::string(handler)).value_or("''") + ");";
+    return std::string(function) + "(" + scriptJson(json::string(handler)).value_or("''") + ", " +
+           std::to_string(WebViewBridge::longestString) + ");";
 }
 
 enum class ScriptWorld { page, shell };

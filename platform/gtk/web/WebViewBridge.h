@@ -16,8 +16,10 @@ namespace quillmere::platform::gtk {
 /// own; two user scripts that only the main frame gets carry messages there as JSON text. Main thread only.
 class WebViewBridge {
 public:
-    /// Longer messages are dropped, in bytes of JSON text.
-    static constexpr size_t messageLimit = size_t{32} * 1024 * 1024;
+    /// Longer strings arrive as null, in UTF-16 units.
+    static constexpr size_t longestString = size_t{16} * 1024 * 1024;
+    /// Longer messages are dropped, in bytes of JSON text: room for one such string where every unit is an escape.
+    static constexpr size_t messageLimit = longestString * 6 + size_t{1024} * 1024;
 
     /// `received` gets every well-formed message's body. `userScript` runs in the page before its own scripts.
     WebViewBridge(WebKitUserContentManager* manager, const std::string& handler,

@@ -18,18 +18,23 @@ TEST(WebViewBridge, TakesJsonTextWithinItsLimits) {
         {"7", std::nullopt},
         {"null", std::nullopt},
         {"'['.repeat(100000) + ']'.repeat(100000)", std::nullopt},
-        {"JSON.stringify('x'.repeat(33 * 1024 * 1024))", std::nullopt},
+        {"JSON.stringify('x'.repeat(98 * 1024 * 1024))", std::nullopt},
+        {R"(JSON.stringify('a\ud83d'))", "\"a\uFFFD\""},
     };
     for (const auto& [script, expected] : rows) {
         const auto value = GObjectRef<JSCValue>::adopt(jsc_context_evaluate(context.get(), script, -1));
         const auto body = WebViewBridge::bodyOf(value.get());
         EXPECT_EQ(body ? compactJson(*body) : std::nullopt, expected) << script;
     }
-    const auto large = GObjectRef<JSCValue>::adopt(
-        jsc_context_evaluate(context.get(), "JSON.stringify('é'.repeat(8 * 1024 * 1024))", -1));
-    const auto body = WebViewBridge::bodyOf(large.get());
-    ASSERT_TRUE(body && body->is_string());
-    EXPECT_EQ(body->as_string().size(), 16U * 1024 * 1024);
+    constexpr size_t largest = size_t{16} * 1024 * 1024;
+    for (const auto* text :
+         {"'é'.repeat(8 * 1024 * 1024)", "'\\n'.repeat(16 * 1024 * 1024)", "'\\x01'.repeat(16 * 1024 * 1024)"}) {
+        const auto script = std::string("JSON.stringify(") + text + ")";
+        const auto large = GObjectRef<JSCValue>::adopt(jsc_context_evaluate(context.get(), script.c_str(), -1));
+        const auto body = WebViewBridge::bodyOf(large.get());
+        ASSERT_TRUE(body && body->is_string()) << text;
+        EXPECT_EQ(body->as_string().size(), largest) << text;
+    }
 }
 
 } // namespace
