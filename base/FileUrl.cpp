@@ -79,6 +79,23 @@ FileUrl FileUrl::standardized() const {
     return FileUrl(filesystemPath().lexically_normal());
 }
 
+FileUrl FileUrl::resolvingDots() const {
+    fs::path resolved = "/";
+    for (const auto& part : filesystemPath().relative_path()) {
+        std::error_code error;
+        if (part == "..") {
+            if (fs::is_symlink(resolved, error))
+                resolved = fs::canonical(resolved, error);
+            if (error || !fs::is_directory(resolved, error))
+                return *this;
+            resolved = resolved.parent_path();
+        } else if (part != "." && !part.empty()) {
+            resolved /= part;
+        }
+    }
+    return FileUrl(resolved);
+}
+
 FileUrl FileUrl::resolvingSymlinks() const {
     std::error_code error;
     auto resolved = fs::weakly_canonical(filesystemPath(), error);

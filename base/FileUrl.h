@@ -34,6 +34,9 @@ public:
 
     /// Single dots dropped and ".." taken back, without asking the file system.
     FileUrl standardized() const;
+    /// Single dots dropped and ".." taken as the kernel takes it: after a link, back from where the link leads. What
+    /// stands before a ".." and is no folder stays, and so does the "..".
+    FileUrl resolvingDots() const;
     /// Every symbolic link on the path replaced by its target, as far as the path exists; what is missing stays.
     FileUrl resolvingSymlinks() const;
 

@@ -1,5 +1,6 @@
 #include "platform/gtk/desktop/DesktopApplication.h"
 
+#include "base/CommandLine.h"
 #include "platform/gtk/window/DesktopWindow.h"
 
 #include <csignal>
@@ -62,10 +63,10 @@ int DesktopApplication::run(ApplicationClient& client) {
 bool DesktopApplication::handToPrimary() {
     // Another process took the name after we had asked for it.
     auto* application = G_APPLICATION(application_.get());
-    if (const auto path = namedFile(arguments_); path.empty()) {
+    if (const auto named = namedFile(arguments_); !named) {
         g_application_activate(application);
     } else {
-        const auto file = GObjectRef<GFile>::adopt(g_file_new_for_path(path.c_str()));
+        const auto file = GObjectRef<GFile>::adopt(g_file_new_for_path(named->path().c_str()));
         GFile* files[] = {file.get()};
         g_application_open(application, files, 1, "");
     }

@@ -2,7 +2,7 @@
 
 #include "platform/gtk/glib/GObjectRef.h"
 
-#include "base/FileUrl.h"
+#include "base/CommandLine.h"
 
 #include <condition_variable>
 #include <cstdlib>
@@ -62,15 +62,15 @@ GVariant* emptyPlatformData() {
 }
 
 /// Opens the file in the process that owns the name, or only brings that process to the front.
-bool handOver(GDBusConnection* bus, const std::string& path) {
+bool handOver(GDBusConnection* bus, const std::optional<FileUrl>& file) {
     GVariant* parameters = nullptr;
     const char* method = "Activate";
-    if (path.empty()) {
+    if (!file) {
         GVariant* data = emptyPlatformData();
         parameters = g_variant_new_tuple(&data, 1);
     } else {
         method = "Open";
-        const std::string uri = FileUrl(path).uri();
+        const std::string uri = file->uri();
         GVariant* text = g_variant_new_string(uri.c_str());
         GVariant* members[] = {g_variant_new_array(G_VARIANT_TYPE_STRING, &text, 1), emptyPlatformData()};
         parameters = g_variant_new_tuple(members, 2);
@@ -81,7 +81,7 @@ bool handOver(GDBusConnection* bus, const std::string& path) {
     return answer != nullptr;
 }
 
-void ask(Probe& probe, const std::string& address, const std::string& path) {
+void ask(Probe& probe, const std::string& address, const std::optional<FileUrl>& file) {
     // A connection of its own: the shared one would keep GLib's lock for as long as the bus stays silent.
     constexpr auto flags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
@@ -101,7 +101,7 @@ void ask(Probe& probe, const std::string& address, const std::string& path) {
     probe.answered(isOwned);
     if (!isOwned)
         return probe.decide(InstanceRole::primary);
-    probe.decide(handOver(bus.get(), path) ? InstanceRole::handedOver : InstanceRole::alone);
+    probe.decide(handOver(bus.get(), file) ? InstanceRole::handedOver : InstanceRole::alone);
 }
 
 /// Whatever else in the process looks for the bus must not wait for one that is silent, and accessibility, which needs
@@ -114,13 +114,6 @@ void doWithoutBus(InstanceRole role) {
 
 } // namespace
 
-std::string namedFile(const std::vector<std::string>& arguments) {
-    for (size_t index = 1; index < arguments.size(); ++index)
-        if (!arguments[index].starts_with('-'))
-            return FileUrl(arguments[index].empty() ? "." : arguments[index]).standardized().path();
-    return {};
-}
-
 InstanceRole claimInstance(const std::vector<std::string>& arguments) {
     const auto address = sessionBusAddress();
     if (address.empty()) {
@@ -128,9 +121,9 @@ InstanceRole claimInstance(const std::vector<std::string>& arguments) {
         return InstanceRole::primary;
     }
     const auto probe = std::make_shared<Probe>();
-    std::thread([probe, address, path = namedFile(arguments)] {
+    std::thread([probe, address, file = namedFile(arguments)] {
         try {
-            ask(*probe, address, path);
+            ask(*probe, address, file);
         } catch (...) {
             probe->decide(InstanceRole::alone);
         }

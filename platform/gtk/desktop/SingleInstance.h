@@ -14,10 +14,6 @@ enum class InstanceRole {
     handedOver, // the running process took our file: end
 };
 
-/// The file that a command line names: the first argument after the program's that does not begin with "-", as an
-/// absolute path (any bytes); empty when there is none.
-std::string namedFile(const std::vector<std::string>& arguments);
-
 /// Asks the session bus whether the program runs already and if so hands it the file of the command line. Bounded: a
 /// bus that is silent costs 0.8 s, a running process that is silent 1.5 s. To be called first thing in `main`, before
 /// the toolkit and before any thread.

@@ -1,7 +1,6 @@
 #include "platform/gtk/desktop/DesktopEntry.h"
 #include "platform/gtk/desktop/DesktopMenu.h"
 #include "platform/gtk/desktop/DesktopServices.h"
-#include "platform/gtk/desktop/SingleInstance.h"
 #include "platform/gtk/view/Theme.h"
 #include "platform/gtk/window/WindowPlacement.h"
 
@@ -70,14 +69,6 @@ TEST(SizeMemory, TakesOnlySizesThatAWindowCanHave) {
     for (const char* text : {"", "1240", "1240 ", "1240x800", "1240 800 ", "639 800", "1240 439", "99999 800",
                              "99999999999999999999 800", "-1240 800", "1240  800"})
         EXPECT_EQ(parseSize(text, minimum), std::nullopt) << text;
-}
-
-TEST(SingleInstance, NamesTheFirstArgumentThatIsNoSwitch) {
-    const std::string here = std::filesystem::current_path().native();
-    EXPECT_EQ(namedFile({"program", "-x", "a/../b#1%.txt", "c"}), here + "/b#1%.txt");
-    EXPECT_EQ(namedFile({"program", "http:x"}), here + "/http:x");
-    EXPECT_EQ(namedFile({"program", "--new"}), "");
-    EXPECT_EQ(namedFile({"program"}), "");
 }
 
 TEST(DesktopEntry, QuotesTheProgram) {
