@@ -21,6 +21,9 @@ namespace {
 constexpr const char* unknownType = "application/octet-stream";
 constexpr std::chrono::seconds refreshLimit{30};
 constexpr int missingTool = 127;
+/// Extensions for which the desktop's database has two types and would give the rarer one, or has none.
+constexpr std::pair<std::string_view, const char*> preferredTypes[] = {
+    {"apng", "image/apng"}, {"jfif", "image/jpeg"}, {"obj", "model/obj"}, {"otf", "font/otf"}, {"ts", "video/mp2t"}};
 constexpr size_t largestWhole = size_t{64} * 1024; // what an X11 server surely takes in one piece
 
 void copyIcon(const FileUrl& resources, const FileUrl& dataFolder) {
@@ -65,6 +68,9 @@ bool DesktopPasteboard::setString(const std::string& text) {
 std::optional<std::string> DesktopContentTypes::mimeType(const std::string& extension) const {
     if (extension.empty() || extension.find_first_of(std::string_view("/\0", 2)) != std::string::npos)
         return std::nullopt;
+    for (const auto& [known, type] : preferredTypes)
+        if (extension == known)
+            return type;
     gboolean uncertain = FALSE;
     const GlibText type(g_content_type_guess(("x." + extension).c_str(), nullptr, 0, &uncertain));
     const GlibText mime(type ? g_content_type_get_mime_type(type.get()) : nullptr);

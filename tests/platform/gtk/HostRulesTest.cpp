@@ -92,6 +92,11 @@ TEST(DesktopContentTypes, KnowsTheDesktopsTypesAndNoOthers) {
     const DesktopContentTypes types;
     EXPECT_EQ(types.mimeType("pdf"), "application/pdf");
     EXPECT_EQ(types.mimeType("html"), "text/html");
+    EXPECT_EQ(types.mimeType("otf"), "font/otf");
+    EXPECT_EQ(types.mimeType("ts"), "video/mp2t");
+    EXPECT_EQ(types.mimeType("obj"), "model/obj");
+    EXPECT_EQ(types.mimeType("apng"), "image/apng");
+    EXPECT_EQ(types.mimeType("jfif"), "image/jpeg");
     for (const auto& extension :
          {std::string(), std::string("no-such-extension"), std::string("../pdf"), std::string("\0pdf", 4)})
         EXPECT_EQ(types.mimeType(extension), std::nullopt) << extension;
