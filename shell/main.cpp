@@ -1,3 +1,4 @@
+#include "base/Errors.h"
 #include "containers/HelperArchiveReader.h"
 #include "platform/common/EndOfProgram.h"
 #include "platform/common/ProcessRegistry.h"
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <system_error>
 
 namespace {
 
@@ -44,6 +46,11 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
             .log = writeLog};
 }
 
+void reportStart(const std::exception& error) {
+    const bool fileSystem = dynamic_cast<const std::system_error*>(&error) != nullptr;
+    std::fprintf(stderr, "Quillmere could not start: %s\n", fileSystem ? userMessage(error).c_str() : error.what());
+}
+
 [[noreturn]] void runApplication(std::vector<std::string> arguments) {
     platform::gtk::prepareProcess();
     const auto role = platform::gtk::claimInstance(arguments);
@@ -52,7 +59,13 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
     platform::gtk::DesktopPlatform desktop(std::move(arguments), role);
     const auto system = desktop.seam();
     const auto delegate = QuillmereDelegate::make(system, partsOf(system, desktop.confinement()));
-    platform::endProgram(desktop.run(*delegate));
+    int status = EXIT_FAILURE;
+    try {
+        status = desktop.run(*delegate);
+    } catch (const std::exception& error) {
+        reportStart(error);
+    }
+    platform::endProgram(status); // nothing is destroyed under threads that may be at work
 }
 
 } // namespace
@@ -70,7 +83,7 @@ int main(int argc, char** argv) {
             return selfTest();
         runApplication(std::move(arguments));
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "Quillmere could not start: %s\n", error.what());
+        reportStart(error);
         return EXIT_FAILURE;
     }
 }

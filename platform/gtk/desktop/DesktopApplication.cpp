@@ -57,6 +57,8 @@ int DesktopApplication::run(ApplicationClient& client) {
     char* const program[] = {arguments_.front().data(), nullptr};
     const int status = g_application_run(G_APPLICATION(application_.get()), 1, const_cast<char**>(program));
     client_ = nullptr;
+    if (launchFailure_)
+        std::rethrow_exception(launchFailure_);
     return status;
 }
 
@@ -93,7 +95,13 @@ void DesktopApplication::windowClosed() {
 
 void DesktopApplication::launchOrReopen() {
     if (!std::exchange(launched_, true)) {
-        client_->applicationDidFinishLaunching();
+        try {
+            client_->applicationDidFinishLaunching();
+        } catch (...) {
+            // Without a window it would keep the name, and swallow every later start.
+            launchFailure_ = std::current_exception();
+            terminate();
+        }
         return;
     }
     client_->applicationShouldHandleReopen(window_ && gtk_widget_get_visible(GTK_WIDGET(window_->handle())));

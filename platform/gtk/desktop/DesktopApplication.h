@@ -23,6 +23,7 @@ public:
     DesktopApplication(const DesktopApplication&) = delete;
     DesktopApplication& operator=(const DesktopApplication&) = delete;
 
+    /// An exception of the launch ends the loop and comes out here.
     int run(ApplicationClient& client) override;
     void terminate() override;
     void activate() override;
@@ -54,6 +55,7 @@ private:
     GObjectWeak<GtkWidget> focusBeforeMenu_;
     std::vector<guint> systemSignals_;
     bool launched_ = false;
+    std::exception_ptr launchFailure_;
 };
 
 } // namespace quillmere::platform::gtk
