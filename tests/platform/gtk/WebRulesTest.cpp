@@ -26,15 +26,12 @@ TEST(WebViewBridge, TakesJsonTextWithinItsLimits) {
         const auto body = WebViewBridge::bodyOf(value.get());
         EXPECT_EQ(body ? compactJson(*body) : std::nullopt, expected) << script;
     }
-    constexpr size_t largest = size_t{16} * 1024 * 1024;
-    for (const auto* text :
-         {"'é'.repeat(8 * 1024 * 1024)", "'\\n'.repeat(16 * 1024 * 1024)", "'\\x01'.repeat(16 * 1024 * 1024)"}) {
-        const auto script = std::string("JSON.stringify(") + text + ")";
-        const auto large = GObjectRef<JSCValue>::adopt(jsc_context_evaluate(context.get(), script.c_str(), -1));
-        const auto body = WebViewBridge::bodyOf(large.get());
-        ASSERT_TRUE(body && body->is_string()) << text;
-        EXPECT_EQ(body->as_string().size(), largest) << text;
-    }
+    // The longest text that the clipboard takes, in the longest form that it can have.
+    const auto large = GObjectRef<JSCValue>::adopt(
+        jsc_context_evaluate(context.get(), "JSON.stringify('\\x01'.repeat(16 * 1024 * 1024))", -1));
+    const auto body = WebViewBridge::bodyOf(large.get());
+    ASSERT_TRUE(body && body->is_string());
+    EXPECT_EQ(body->as_string().size(), 16U * 1024 * 1024);
 }
 
 } // namespace
