@@ -9,7 +9,9 @@ function(quillmere_bundle_executable target folder)
         LIBRARY_OUTPUT_DIRECTORY ${QUILLMERE_CONTENTS}/${folder})
 endfunction()
 
-# The page: built by its own tools whenever one of its sources is newer.
+# The page: built by its own tools whenever one of its sources is newer. The scripts install its packages before; without
+# them the build fetches what is missing, unless QUILLMERE_NPM_CI forbids it.
+option(QUILLMERE_NPM_CI "Let the build install the page's packages when they are missing or old" ON)
 function(quillmere_add_page)
     find_program(QUILLMERE_NODE node HINTS ${PROJECT_SOURCE_DIR}/build/tools/bin NO_CACHE)
     find_program(QUILLMERE_NPM npm HINTS ${PROJECT_SOURCE_DIR}/build/tools/bin NO_CACHE)
@@ -19,12 +21,22 @@ function(quillmere_add_page)
     set(page ${PROJECT_SOURCE_DIR}/page)
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${page}/src/* ${page}/public/* ${page}/*.html ${page}/*.ts)
     list(FILTER sources EXCLUDE REGEX "node_modules|/dist/|\\.test\\.ts$")
+    if(QUILLMERE_NPM_CI)
+        add_custom_command(
+            OUTPUT ${page}/node_modules/.package-lock.json
+            COMMAND ${QUILLMERE_NPM} ci --ignore-scripts --no-audit --no-fund --loglevel=error
+            DEPENDS ${page}/package-lock.json
+            WORKING_DIRECTORY ${page}
+            COMMENT "Installing the page's packages" VERBATIM)
+    elseif(NOT EXISTS ${page}/node_modules/.package-lock.json)
+        message(FATAL_ERROR "page/node_modules is missing, and QUILLMERE_NPM_CI is off.")
+    endif()
+    set(licences ${QUILLMERE_CONTENTS}/Resources/third-party-licences.txt)
     add_custom_command(
-        OUTPUT ${page}/node_modules/.package-lock.json
-        COMMAND ${QUILLMERE_NPM} ci --ignore-scripts --no-audit --no-fund --loglevel=error
-        DEPENDS ${page}/package-lock.json
-        WORKING_DIRECTORY ${page}
-        COMMENT "Installing the page's packages" VERBATIM)
+        OUTPUT ${licences}
+        COMMAND ${QUILLMERE_NODE} ${PROJECT_SOURCE_DIR}/packaging/notices.mjs ${page} ${licences}
+        DEPENDS ${PROJECT_SOURCE_DIR}/packaging/notices.mjs ${page}/node_modules/.package-lock.json
+        COMMENT "Collecting the licences of the page's packages" VERBATIM)
     add_custom_command(
         OUTPUT ${CMAKE_BINARY_DIR}/page.stamp
         COMMAND ${QUILLMERE_NPM} run --silent build -- --outDir ${QUILLMERE_CONTENTS}/Resources/app --emptyOutDir --logLevel warn
@@ -32,7 +44,7 @@ function(quillmere_add_page)
         DEPENDS ${sources} ${page}/package.json ${page}/node_modules/.package-lock.json
         WORKING_DIRECTORY ${page}
         COMMENT "Building the page" VERBATIM)
-    add_custom_target(page ALL DEPENDS ${CMAKE_BINARY_DIR}/page.stamp)
+    add_custom_target(page ALL DEPENDS ${CMAKE_BINARY_DIR}/page.stamp ${licences})
 endfunction()
 
 # Everything of resources/ that is copied as it is.

@@ -16,6 +16,7 @@ test_packages=(
     python3 python3-gi gir1.2-gtk-4.0 xdotool xclip dbus procps
 )
 bench_packages=(unzip 7zip cpio)
+package_packages=(dpkg-dev file lintian appstream)
 check_packages=(python3 clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev)
 
 # Where Debian's package manager is not, nothing is installed and nothing refused: what is missing shows itself when it is
@@ -31,7 +32,7 @@ gst-plugins-good gst-plugins-bad gst-libav xorg-server-xvfb openbox xorg-xprop x
 
 packages_hint() {
     if command -v dpkg-query >/dev/null; then
-        printf '%s\n' "Something that the build needs is missing. scripts/setup installs it."
+        printf '%s\n' "Whatever is missing, scripts/setup installs it."
     elif command -v dnf >/dev/null; then
         printf '%s\n' "On this system: dnf install $fedora_packages"
     elif command -v pacman >/dev/null; then
