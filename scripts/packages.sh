@@ -47,7 +47,7 @@ need() {
     command -v dpkg-query >/dev/null || return 0
     local installed package pattern missing=() names=()
     installed=$(dpkg-query -W -f '${binary:Package} ${db:Status-Status}\n' "$@" 2>/dev/null |
-        sed -n 's/^\([^: ]*\)[^ ]* installed$/\1/p')
+        sed -n 's/^\([^: ]*\)[^ ]* installed$/\1/p') || true # It fails for names that it does not know.
     for package in "$@"; do
         pattern=^${package//\*/[0-9.]*}$
         grep -q "$pattern" <<<"$installed" || missing+=("$package")

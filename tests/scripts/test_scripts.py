@@ -35,7 +35,8 @@ class Library(unittest.TestCase):
         return subprocess.run(self.script(lines), env={"PATH": str(self.bin)}, capture_output=True, text=True, timeout=60)
 
     def test_missing_packages(self):
-        installed = "printf 'g++ installed\\nlibthing1.81-dev:amd64 installed\\n'"
+        # Like the real tool, which fails when a package that was asked for is unknown.
+        installed = "printf 'g++ installed\\nlibthing1.81-dev:amd64 installed\\n'; exit 1"
         rows = [
             # what, stand-ins, wanted, status, in the output, not in the output
             ("all there", {"dpkg-query": installed}, "g++ 'libthing*-dev'", 0, "", "missing"),
@@ -46,10 +47,10 @@ class Library(unittest.TestCase):
             ("apt says no", {"dpkg-query": installed, "id": "echo 0", "apt-get": "echo apt says no; exit 9"}, "cmake", 1,
              "apt says no", "takes root"),
             ("the newest that apt knows", {
-                "dpkg-query": "true", "id": "echo 0", "apt-cache": "printf '%s\\n' libboo1.9-dev libboo1.81-dev libboo1.81.0",
+                "dpkg-query": "exit 1", "id": "echo 0", "apt-cache": "printf '%s\\n' libboo1.9-dev libboo1.81-dev libboo1.81.0",
                 "apt-get": '[[ $* == *update* ]] || { echo "asked for ${@: -1}"; exit 9; }',
             }, "'libboo*-dev'", 1, "asked for libboo1.81-dev", "libboo1.9-dev"),
-            ("nothing that fits", {"dpkg-query": "true", "id": "echo 0", "apt-cache": "true", "apt-get": "true"},
+            ("nothing that fits", {"dpkg-query": "exit 1", "id": "echo 0", "apt-cache": "true", "apt-get": "true"},
              "'libboo*-dev'", 1, "no package like libboo*-dev", "asked"),
         ]
         for what, stand_ins, wanted, status, said, unsaid in rows:
