@@ -35,6 +35,7 @@ progress() {
             far="${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} steps"
         elif [[ $line =~ ^[0-9]+\ upgraded,\ ([0-9]+)\ newly ]]; then
             total=${BASH_REMATCH[1]}
+            continue
         elif [[ $line =~ dlstatus:.*file\ ([0-9]+)\ of\ ([0-9]+) ]]; then
             far="${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} packages fetched"
         elif [[ $line =~ pmstatus:[^:]*:[0-9.]+:Installed ]]; then

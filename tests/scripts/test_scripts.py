@@ -70,6 +70,7 @@ class Library(unittest.TestCase):
             ("apt fetches", "dlstatus:12:3.2:Retrieving file 12 of 40", "12 of 40 packages fetched"),
             ("apt installs", "0 upgraded, 40 newly installed, 0 to remove\npmstatus:a:1.0:Installed a\n"
              "pmstatus:b:50.0:Preparing b (amd64)\npmstatus:b:60.1:Installed b (amd64)", "2 of 40 packages installed"),
+            ("apt counts before it begins", "0 upgraded, 40 newly installed, 0 to remove", ""),
             ("nothing that counts", "[1/2 of the way\n3/4", ""),
         ]
         for what, printed, far in rows:
