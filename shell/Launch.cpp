@@ -1,39 +1,42 @@
 #include "base/Fatal.h"
+#include "base/RegularFile.h"
 #include "base/Text.h"
 #include "base/WeakCallback.h"
 #include "files/AppAddress.h"
 #include "lifecycle/ApplicationRegistration.h"
+#include "platform/common/TemporaryFolder.h"
 #include "prepare/CacheHousekeeping.h"
 #include "shell/MainMenu.h"
 #include "shell/QuillmereDelegate.h"
 #include "shell/Toolbar.h"
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <array>
 
 namespace quillmere {
-
-namespace fs = std::filesystem;
 
 namespace {
 
 /// The script that prepares the page for this shell; the page runs without it when it cannot be read.
 std::optional<std::string> readUserScript(const FileUrl& resources) {
-    std::ifstream in(resources.appending("mac-shell.js").filesystemPath(), std::ios::binary);
-    if (!in)
+    try {
+        const RegularFile file(resources.appending("mac-shell.js"));
+        std::array<std::byte, 16 * 1024> piece;
+        std::string text;
+        while (const size_t got = file.read(text.size(), piece.data(), piece.size()))
+            text.append(reinterpret_cast<const char*>(piece.data()), got);
+        return isValidUtf8(text) ? std::optional(text) : std::nullopt;
+    } catch (const std::exception&) {
         return std::nullopt;
-    std::string text(std::istreambuf_iterator<char>(in), {});
-    if (in.bad() || !isValidUtf8(text))
-        return std::nullopt;
-    return text;
+    }
 }
 
 /// Later users of a folder that could not be made report their own failures.
 void createFolder(const FileUrl& folder) {
-    std::error_code ignored;
-    fs::create_directories(folder.filesystemPath(), ignored);
-    fs::permissions(folder.filesystemPath(), fs::perms::owner_all, ignored);
+    try {
+        platform::makePrivateFolders(folder);
+    } catch (const std::exception&) {
+        return;
+    }
 }
 
 } // namespace

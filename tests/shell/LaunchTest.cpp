@@ -78,6 +78,31 @@ TEST_F(LaunchTest, GoesOnWithoutItsUserScriptAndFolders) {
     EXPECT_FALSE(page().configuration.userScript);
 }
 
+TEST_F(LaunchTest, AScriptThatCannotBeReadIsNone) {
+    const auto script = at("Quillmere.app/Contents/Resources/mac-shell.js").filesystemPath();
+    fs::remove(script);
+    fs::create_directory(script);
+    launchAndGetReady();
+    EXPECT_FALSE(page().configuration.userScript);
+    EXPECT_EQ(received("init").size(), 1U);
+    fs::remove(script);
+    fs::create_symlink("/proc/self/mem", script); // opens as a file, and its first byte cannot be read
+    launchAndGetReady();
+    EXPECT_FALSE(page().configuration.userScript);
+    EXPECT_EQ(received("init").size(), 1U);
+}
+
+TEST_F(LaunchTest, FoldersThatAreThereKeepTheirMode) {
+    constexpr auto shared = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec;
+    const auto data = folder("elsewhere").filesystemPath();
+    fs::permissions(data, shared);
+    folder("home/.local/share");
+    fs::create_directory_symlink(data, at("home/.local/share/Quillmere").filesystemPath());
+    launch();
+    EXPECT_EQ(fs::status(data).permissions(), shared);
+    EXPECT_EQ(fs::status(at("home/.cache/Quillmere").filesystemPath()).permissions(), fs::perms::owner_all);
+}
+
 TEST_F(LaunchTest, OpensTheFirstArgumentThatIsNoSwitch) {
     const FileUrl file = write("first.txt");
     write("second.txt");
