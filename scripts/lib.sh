@@ -27,7 +27,7 @@ quietly() {
 # Passes on what a step prints and says how far it is, from what ninja and apt tell: on a terminal in one line that
 # renews itself, elsewhere in a line every ten seconds.
 progress() {
-    local what=$1 line far='' total='' done=0 told=$SECONDS ended=
+    local what=$1 line far='' total='' unpacked=0 ready=0 told=$SECONDS ended=
     [ ! -t 2 ] || ended=$'\r\e[K'
     while IFS= read -r line || [ -n "$line" ]; do
         printf '%s\n' "$line"
@@ -38,9 +38,12 @@ progress() {
             continue
         elif [[ $line =~ dlstatus:.*file\ ([0-9]+)\ of\ ([0-9]+) ]]; then
             far="${BASH_REMATCH[1]} of ${BASH_REMATCH[2]} packages fetched"
-        elif [[ $line =~ pmstatus:[^:]*:[0-9.]+:Installed ]]; then
-            done=$((done + 1))
-            far="$done of ${total:-?} packages installed"
+        elif [[ $line =~ pmstatus:[^:]*:[0-9.]+:(Unpack|Install)(ing|ed)\  ]]; then
+            case ${BASH_REMATCH[1]}${BASH_REMATCH[2]} in
+            Unpacking) unpacked=$((unpacked + 1)) far="$unpacked of ${total:-?} packages unpacked" ;;
+            Installed) ready=$((ready + 1)) far="$ready of ${total:-?} packages installed" ;;
+            *) continue ;;
+            esac
         else
             continue
         fi

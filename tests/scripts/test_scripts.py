@@ -69,7 +69,9 @@ class Library(unittest.TestCase):
             ("ninja", "[7/312] Building CXX object", "7 of 312 steps"),
             ("apt fetches", "dlstatus:12:3.2:Retrieving file 12 of 40", "12 of 40 packages fetched"),
             ("apt installs", "0 upgraded, 40 newly installed, 0 to remove\npmstatus:a:1.0:Installed a\n"
-             "pmstatus:b:50.0:Preparing b (amd64)\npmstatus:b:60.1:Installed b (amd64)", "2 of 40 packages installed"),
+             "pmstatus:b:50.0:Installing b (amd64)\npmstatus:b:60.1:Installed b (amd64)", "2 of 40 packages installed"),
+            ("apt unpacks", "0 upgraded, 40 newly installed, 0 to remove\npmstatus:a:1.0:Preparing a (amd64)\n"
+             "pmstatus:a:1.1:Unpacking a (amd64)", "1 of 40 packages unpacked"),
             ("apt counts before it begins", "0 upgraded, 40 newly installed, 0 to remove", ""),
             ("nothing that counts", "[1/2 of the way\n3/4", ""),
         ]
