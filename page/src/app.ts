@@ -1,71 +1,91 @@
+import { CANCELLED } from './advice';
 import { Appearance } from './appearance';
-import { makeBar } from './bar';
 import {
     type Busy,
     type Failure,
     type FromShell,
-    type NativePreview,
+    type Listing,
     type OpenContainer,
     type OpenFile,
     post,
 } from './bridge';
 import { Browser } from './browser';
 import { showBusy } from './busy';
-import { type Chrome, TitleStrip } from './chrome';
+import { TitleStrip } from './chrome';
 import { clipboardAnswered, copyText } from './clipboard';
 import { Details, factsOfEntry, factsOfFile } from './details';
-import { makeDoc } from './doc';
-import { el, iconButton, isEditable } from './dom';
-import { CANCELLED, showError } from './error';
+import { iconButton, isEditable } from './dom';
+import { showError } from './error';
 import { formatCount } from './format';
+import { type Frame, frameKeys } from './framekeys';
+import { showHelp } from './help';
+import { answer, type KeyGroup, type Keymap } from './keys';
 import { extensionOf, type Kind, kindOfEntry, kindOfExtension } from './kinds';
+import { guardLinks } from './links';
 import { showListing } from './listing';
-import { entryPath } from './path';
-import { loadViewer, viewerFor } from './registry';
-import { RequestOrder } from './requestorder';
-import { type Mounted, Stage } from './stage';
+import { type MenuGroups, openMenu } from './menu';
+import { Opening, sentenceOf } from './opening';
+import { crumbsOf, entryPath } from './path';
+import { placeOf } from './place';
+import { labelOf, type ViewerName, waysToShow } from './registry';
+import { NOTHING_YET, next, type Screen, type State } from './screen';
+import { Shell } from './shell';
+import { Stage } from './stage';
 import { showStart } from './start';
+import { TextSize } from './textsize';
 import { Trail } from './trail';
-import type { ViewContext } from './view';
-
-type State = 'start' | 'busy' | 'error' | 'listing' | 'shown' | 'native';
 
 const BUSY_AFTER = 250;
 // Right after "init" the shell may ask for a file; the start view would only flash.
 const START_AFTER_INIT = 60;
 const START_WITHOUT_SHELL = 600;
 
-/** The page: takes the shell's messages, decides which view stands, and offers the keys that work everywhere. */
-export class App {
+/** What the machine reads of a screen; people read the title strip. */
+const STATUS: Record<Screen['view'], string> = {
+    blank: '',
+    start: 'start',
+    busy: 'busy',
+    document: 'busy',
+    list: 'listing',
+    error: 'error',
+    native: 'native',
+};
+
+/** The page: takes the shell's messages, presents the screen that follows, and offers the keys that work everywhere. */
+export class App implements Frame {
     readonly appearance = new Appearance();
-    private readonly order = new RequestOrder();
-    private readonly browser = new Browser(post);
+    readonly browser = new Browser(post);
+    readonly shell = new Shell();
     private readonly stage = new Stage();
     private readonly trail = new Trail();
-    private readonly details = new Details(text => void this.copy(text, 'Details'));
     private readonly strip: TitleStrip;
-    private state: State | null = null;
+    private readonly textSize = new TextSize(text => this.strip.status(text));
+    readonly details = new Details(text => void this.copy(text, 'Details'));
+    private readonly more = iconButton('more', 'More', () => this.openMenu());
+    private readonly keymap: Keymap = frameKeys(this);
+    private listKeys: KeyGroup | null = null;
+    private state: State = NOTHING_YET;
+    private opening: Opening | null = null;
     private busyTimer = 0;
     private startTimer = 0;
 
     constructor(body: HTMLElement) {
-        this.strip = new TitleStrip(body, { button: this.details.button, offered: () => this.details.available });
+        this.strip = new TitleStrip(body, () => this.constantTools());
+        this.more.setAttribute('aria-haspopup', 'menu');
         body.append(this.trail.element, this.stage.element, this.details.element);
-        window.addEventListener('keydown', event => this.key(event, event => this.command(event)));
+        window.addEventListener('keydown', event => answer(this.keymap, event));
         // Editors have their own idea of Alt with the arrows, so these come first.
-        window.addEventListener('keydown', event => this.key(event, event => event.altKey && this.travel(event)), {
-            capture: true,
-        });
-        body.addEventListener('click', event => this.follow(event));
-        // The engine's menu offers to reload the page, which would lose what is shown.
-        body.addEventListener('contextmenu', event => {
-            if (!isEditable(event.target) && !getSelection()?.toString()) event.preventDefault();
-        });
+        const first = this.keymap.filter(({ keys }) => [keys].flat().some(written => written.startsWith('Alt+')));
+        window.addEventListener('keydown', event => answer(first, event), { capture: true });
+        window.addEventListener('copy', event => this.guardClipboard(event), { capture: true });
+        window.addEventListener('mouseup', event => this.sideButtons(event));
+        guardLinks(body, address => this.strip.status(address));
+        body.addEventListener('contextmenu', event => this.contextMenu(event));
         window.addEventListener('drop', event => event.preventDefault());
     }
 
     begin(): void {
-        this.startTimer = window.setTimeout(() => this.showStart(), START_WITHOUT_SHELL);
+        this.startTimer = window.setTimeout(() => this.take({ type: 'waited' }), START_WITHOUT_SHELL);
     }
 
     receive(message: FromShell): void {
@@ -73,297 +93,310 @@ export class App {
             case 'init':
                 this.setFullScreen(message.maximized);
                 clearTimeout(this.startTimer);
-                this.startTimer = window.setTimeout(() => this.showStart(), START_AFTER_INIT);
-                return;
-            case 'busy':
-                return this.busy(message);
-            case 'open':
-                if (!this.order.accepts(message.requestId)) return;
-                return message.kind === 'container' ? this.list(message) : void this.open(message);
-            case 'error':
-                if (this.order.accepts(message.requestId)) this.fail(message);
-                return;
-            case 'native-preview':
-                if (this.order.accepts(message.requestId)) this.standAside(message);
+                this.startTimer = window.setTimeout(() => this.take({ type: 'waited' }), START_AFTER_INIT);
                 return;
             case 'clipboard-result':
                 return clipboardAnswered(message.copyRequestId, message.success);
             case 'state':
                 return this.setFullScreen(message.maximized);
             case 'active':
-                return void document.documentElement.classList.toggle('idle', !message.value);
+                document.documentElement.classList.toggle('idle', !message.value);
+                return;
+            case 'neighbours':
+                return this.meet(message.container, message.id, message.requestId);
+            case 'file-changed':
+                if (message.requestId === this.state.latest && this.screen.view === 'document') this.reload();
+                return;
+            case 'features':
+            case 'recent':
+            case 'file-digest':
+                return this.shell.receive(message);
+            default:
+                return this.take(message);
         }
+    }
+
+    get screen(): Screen {
+        return this.state.screen;
+    }
+
+    private take(message: Parameters<typeof next>[1]): void {
+        const before = this.state;
+        this.state = next(before, message);
+        if (this.state !== before) this.present(this.state.screen);
     }
 
     private setFullScreen(on: boolean): void {
         document.documentElement.dataset.full = on ? 'on' : 'off';
     }
 
-    private enter(state: State, viewer: string = state, detail = this.strip.name): void {
-        this.state = state;
-        document.documentElement.dataset.state = state;
-        document.documentElement.dataset.viewer = viewer;
-        // Read from outside the page: which view stands, then what is in it.
-        document.title = [state, viewer === state ? '' : viewer, detail].filter(Boolean).join(' ');
+    private present(screen: Screen): void {
+        if (screen.view !== 'busy') clearTimeout(this.busyTimer);
+        if (screen.view !== 'document' && screen.view !== 'busy') this.opening = null;
+        this.listKeys = null;
+        switch (screen.view) {
+            case 'blank':
+                break;
+            case 'start':
+                this.strip.show('');
+                this.stage.show('view', (host, signal) => showStart(host, signal, this.shell));
+                break;
+            case 'busy':
+                return this.presentBusy(screen.busy);
+            case 'document':
+                return void this.presentDocument(screen.file);
+            case 'list':
+                if (!this.presentList(screen.list)) return;
+                break;
+            case 'error':
+                this.presentError(screen.failure, screen.file);
+                break;
+            case 'native':
+                this.details.show(null);
+                this.strip.show(screen.preview.name, kindOfExtension(extensionOf(screen.preview.name)));
+                this.showTrail(screen.preview.containerToken, screen.preview.name);
+                // The platform's own preview lies over the page, which keeps only its strips.
+                this.stage.clear();
+        }
+        this.announce(screen);
     }
 
-    private showStart(): void {
-        if (this.state !== null) return;
-        this.strip.show('');
-        this.stage.show('view', showStart);
-        this.enter('start');
+    /** Tells which view stands, then what is in it, to whoever looks from outside the page. */
+    private announce(screen: Screen, viewer = ''): void {
+        const status = viewer ? 'shown' : STATUS[screen.view];
+        document.documentElement.dataset.state = status;
+        document.documentElement.dataset.viewer = viewer || status;
+        let detail = this.strip.name;
+        if (screen.view === 'list') detail = screen.list.container.path;
+        else if (screen.view === 'error') detail = screen.failure.message;
+        document.title = [status, viewer, detail].filter(Boolean).join(' ');
     }
 
-    private busy(message: Busy): void {
-        this.order.begin(message.requestId);
-        this.browser.begun(message.containerToken);
-        this.enter('busy');
+    private presentBusy(busy: Busy): void {
+        this.browser.begun(busy.containerToken);
+        this.announce(this.screen);
         clearTimeout(this.busyTimer);
         const since = performance.now();
         this.busyTimer = window.setTimeout(() => {
-            const kind = kindOfExtension(extensionOf(message.name));
+            const kind = kindOfExtension(extensionOf(busy.name));
             // A document that has arrived and is loading has set up the strips already.
             if (!this.stage.isLoading) {
                 this.details.show(null);
-                this.strip.show(message.name, kind);
-                if (!message.containerToken) this.trail.show(null);
+                this.strip.show(busy.name, kind);
+                // A document of the list says where it will stand; a list that is read again keeps its path.
+                const isDocument = this.browser.opened?.name === busy.name;
+                if (!busy.containerToken || isDocument) this.showTrail(busy.containerToken, busy.name);
             }
-            this.stage.cover('view', (host, signal) =>
-                showBusy(host, signal, message.name, kind, since, () => post({ type: 'cancel-preview' })),
-            );
+            const cancel = () => post({ type: 'cancel-preview' });
+            this.stage.cover('view', (host, signal) => showBusy(host, signal, busy.name, kind, since, cancel));
         }, BUSY_AFTER);
     }
 
-    private async open(message: OpenFile): Promise<void> {
-        const kind = kindOfExtension(message.originalExt || message.ext);
-        const doc = makeDoc(message);
-        const view = this.stage.load(message.containerToken ? 'body deep' : 'body');
-        this.browser.begun(message.containerToken);
-        this.enter('busy');
-        this.details.show(factsOfFile(message, this.browser.opened, this.browser.listing?.path ?? ''));
-        this.strip.show(message.name, kind);
-        this.showTrail(message.containerToken, message.name);
-        const { signal } = view.abort;
+    private async presentDocument(file: OpenFile, as?: ViewerName): Promise<void> {
+        const view = this.stage.load(file.containerToken ? 'body deep' : 'body');
+        const opening = new Opening(file, view, this.openingHost());
+        this.opening = opening;
+        this.browser.begun(file.containerToken);
+        this.announce({ view: 'document', file });
+        this.details.show(factsOfFile(file, this.browser.opened, this.browser.listing?.path ?? ''));
+        this.strip.show(file.name, kindOfExtension(file.originalExt || file.ext));
+        this.showTrail(file.containerToken, file.name);
         try {
-            const name = await viewerFor(doc, signal);
-            const viewer = await loadViewer(name);
-            if (signal.aborted) return;
-            await viewer.show(view.host, doc, this.context(view, signal));
+            await opening.show(as);
             if (!this.stage.reveal(view)) return;
             clearTimeout(this.busyTimer);
-            this.enter('shown', name);
+            this.announce(this.screen, opening.viewer);
+            if (!file.containerToken) this.shell.ask('neighbours');
         } catch (error) {
-            if (signal.aborted) return;
-            this.fail({
-                type: 'error',
-                name: message.name,
-                requestId: message.requestId,
-                containerToken: message.containerToken,
-                message: sentenceOf(error),
-            });
+            if (!view.abort.signal.aborted) this.take({ type: 'failed', file, message: sentenceOf(error) });
         }
     }
 
-    private context(view: Mounted, signal: AbortSignal): ViewContext {
-        const whileShown =
-            <A extends unknown[]>(act: (...args: A) => void) =>
-            (...args: A) => {
-                if (!signal.aborted) act(...args);
-            };
-        const { strip, appearance, browser } = this;
-        const chrome: Chrome = {
-            meta: whileShown(text => strip.meta(text)),
-            tools: whileShown((...buttons) => strip.tools(...buttons)),
-            status: whileShown(text => strip.status(text)),
-        };
-        const position = browser.position;
+    private openingHost(): ConstructorParameters<typeof Opening>[2] {
+        const { strip, appearance, textSize, details, browser } = this;
         return {
-            signal,
-            chrome,
-            prefs: {
-                get showZoom() {
-                    return appearance.showZoom;
-                },
-                get airOutline() {
-                    return appearance.airOutline;
-                },
-                onChange: callback => appearance.addEventListener('change', callback, { signal }),
+            chrome: strip,
+            prefs: appearance,
+            textSize,
+            get neighbours() {
+                const { position } = browser;
+                return position && { ...position, go: (delta: number) => browser.step(delta) };
             },
-            neighbours: position && { ...position, go: whileShown(delta => browser.step(delta)) },
-            bar: (...groups) => makeBar(view.host, signal, groups),
-            post: whileShown(post),
+            details: rows => details.add(rows),
         };
     }
 
-    private list(message: OpenContainer): void {
+    /** Lists a level; false while it is only a step on the way up to another one. */
+    private presentList(message: OpenContainer): boolean {
         const { container } = message;
-        if (!this.browser.arrived(container)) return;
-        clearTimeout(this.busyTimer);
-        const kind =
-            container.kind === 'folder'
-                ? kindOfEntry({ isDirectory: true, ext: '' })
-                : kindOfExtension(extensionOf(container.name));
+        if (!this.browser.arrived(container)) return false;
+        const isRoot = container.parentId === null;
+        const name = (isRoot ? undefined : crumbsOf(container.path).at(-1)) ?? message.name;
+        const isFolder = container.kind === 'folder' || !isRoot;
+        const kind = isFolder
+            ? kindOfEntry({ isDirectory: true, ext: '' })
+            : kindOfExtension(extensionOf(container.name));
         this.details.show(null);
-        this.strip.show(message.name, kind);
+        this.strip.show(name, kind);
         this.strip.meta(formatCount(container.entries.length, 'item'));
         this.showTrail(container.token);
-        this.stage.show('body deep', (host, signal) =>
-            showListing(host, signal, this.browser, {
+        this.stage.show('body deep', (host, signal) => {
+            const table = showListing(host, signal, this.browser, {
                 status: text => this.strip.status(text),
-                copyPath: entry => void this.copyPath(entryPath(container, entry.name)),
+                copyPath: entry => void this.copy(entryPath(container, entry.name), 'Path'),
+                details: () => this.details.toggle(),
                 selected: entry => this.details.show(factsOfEntry(entry, container.path)),
-            }),
-        );
+            });
+            this.listKeys = { title: 'List', table };
+        });
         this.strip.tools();
-        this.enter('listing', 'listing', container.path);
+        return true;
     }
 
-    private fail(message: Failure): void {
-        clearTimeout(this.busyTimer);
+    private presentError(failure: Failure, file?: OpenFile): void {
         this.browser.failed();
         this.details.show(null);
-        const cancelled = message.message === CANCELLED;
-        const name = message.name ?? this.strip.name;
+        const cancelled = failure.message === CANCELLED;
+        const name = failure.name ?? this.strip.name;
         const kind = kindOfExtension(extensionOf(name));
-        const inside = message.containerToken !== undefined;
-        if (message.name !== undefined) this.strip.show(message.name, kind);
-        else this.strip.tools();
-        this.showTrail(message.containerToken, inside ? message.name : undefined);
+        const inside = failure.containerToken !== undefined;
+        if (failure.name !== undefined) this.strip.show(failure.name, kind);
+        this.showTrail(failure.containerToken, inside ? failure.name : undefined);
         this.stage.show('view', host =>
             showError(host, {
                 what: cancelled ? 'Cancelled' : whatFailed(kind, name),
-                message: message.message,
+                message: failure.message,
                 cancelled,
                 back: inside ? () => this.browser.refresh() : undefined,
+                showAs: file && (() => void this.showAs('hex')),
                 status: text => this.strip.status(text),
             }),
         );
-        this.enter('error', 'error', message.message);
+        this.strip.tools();
     }
 
-    /** The platform's own preview lies over the page, which keeps only its strips. */
-    private standAside(message: NativePreview): void {
-        clearTimeout(this.busyTimer);
-        this.details.show(null);
-        this.strip.show(message.name, kindOfExtension(extensionOf(message.name)));
-        this.showTrail(message.containerToken, message.name);
-        this.stage.clear();
-        this.enter('native');
-    }
-
-    /** The path strip of a container: of its list, or of a document opened from it. */
     private showTrail(token: string | undefined, document?: string): void {
-        const { browser } = this;
-        if (!token) return this.trail.show(null);
-        const inDocument = document !== undefined,
-            { listing } = browser;
-        const known = listing?.token === token ? browser.levels : [];
-        const crumbs = known.map(({ label, above }) => ({
-            label,
-            open: above === null ? undefined : () => browser.climb(above),
-        }));
-        if (inDocument) crumbs.push({ label: document, open: undefined });
-        const canRise = inDocument || listing?.parentId != null;
-        const up = inDocument
-            ? { title: 'Back to the list (Alt+Up)', go: () => browser.refresh() }
-            : { title: 'Up one level (Alt+Up)', go: () => browser.up() };
-        const copy = iconButton(
-            'copy',
-            'Copy path',
-            () => listing && void this.copyPath(inDocument ? entryPath(listing, document) : listing.path),
-        );
-        const refresh = iconButton('refresh', 'Refresh (F5)', () => browser.refresh());
-        const tools = inDocument ? [...this.steps(), ...(listing ? [copy] : [])] : [copy, refresh];
-        this.trail.show({ crumbs, up: canRise ? up : undefined, tools });
+        this.trail.show(placeOf(this.browser, token, document, path => void this.copy(path, 'Path')));
     }
 
-    /** To the documents before and after the shown one. */
-    private steps(): HTMLElement[] {
-        const { browser } = this,
-            at = browser.position;
-        if (!at) return [];
-        const before = iconButton('chevron-left', 'Previous document (Alt+Left)', () => browser.step(-1));
-        const after = iconButton('chevron-right', 'Next document (Alt+Right)', () => browser.step(1));
-        before.disabled = at.index === 0;
-        after.disabled = at.index === at.count - 1;
+    /** The shell has listed the folder of a file that was opened by itself; its neighbours can be stepped to. */
+    private meet(container: Listing, id: string, requestId: number): void {
+        const { screen } = this;
+        if (requestId !== this.state.latest || screen.view !== 'document') return;
+        this.browser.adopt(container, id);
+        this.stage.deepen();
+        this.showTrail(container.token, screen.file.name);
+    }
+
+    private constantTools(): HTMLElement[] {
+        return [...(this.details.available ? [this.details.button] : []), ...(this.strip.name ? [this.more] : [])];
+    }
+
+    private openMenu(): void {
+        openMenu(this.more, 'More', this.menu());
+    }
+
+    /** The ways of showing what stands, the ways out of it, and what works everywhere. */
+    private menu(): MenuGroups {
+        const { opening, shell } = this;
+        const file = opening?.file ?? (this.screen.view === 'error' ? this.screen.file : undefined);
+        const now = this.screen.view === 'error' ? null : (opening?.viewer ?? null);
+        const ways = file ? waysToShow(file, opening?.chosen ?? 'hex') : [];
+        const out = shell.menu();
+        const copyPath = this.path() === null ? [] : [{ label: 'Copy path', run: () => void this.copyPath() }];
         return [
-            before,
-            el('span', { class: 'hint num' }, `${at.index + 1} of ${at.count}`),
-            after,
-            el('span', { class: 'sep' }),
+            ways.map(way => ({
+                label: `Show as ${labelOf(way).toLowerCase()}`,
+                checked: way === now,
+                run: () => this.showAs(way),
+            })),
+            file ? [...out, ...copyPath] : copyPath,
+            [
+                ...(file ? [{ label: 'Reload', keys: 'F5', run: () => this.reload() }] : []),
+                { label: 'Keys', keys: 'F1', run: () => this.help() },
+            ],
         ];
     }
 
-    private copyPath(path: string): Promise<void> {
-        return this.copy(path, 'Path');
+    private showAs(viewer: ViewerName): void {
+        const { screen } = this;
+        const file = screen.view === 'document' || screen.view === 'error' ? screen.file : undefined;
+        if (!file) return;
+        this.state = { ...this.state, screen: { view: 'document', file } };
+        void this.presentDocument(file, viewer);
+    }
+
+    help(): void {
+        const groups: KeyGroup[] = [...(this.opening?.keys ?? []), ...(this.listKeys ? [this.listKeys] : [])];
+        showHelp([...groups, { title: 'Everywhere', table: this.keymap }]);
+    }
+
+    reload(): void {
+        const { screen, browser } = this;
+        if (screen.view === 'list') browser.refresh();
+        else if (browser.opened) browser.open(browser.opened);
+        else if (screen.view === 'document' && !this.shell.ask('reload')) void this.presentDocument(screen.file);
+    }
+
+    /** The full path of what is shown, where the page knows it. */
+    private path(): string | null {
+        const { listing, opened } = this.browser,
+            { screen } = this;
+        if (listing && screen.view === 'list') return listing.path;
+        if (listing && opened) return entryPath(listing, opened.name);
+        return screen.view === 'document' ? screen.file.name : null;
+    }
+
+    /** What Ctrl+C means when no text is selected; the clipboard is never emptied. */
+    copySomething(): void {
+        const source = this.opening?.copySource();
+        if (source) void this.copy(source.text, source.what);
+        else void this.copyPath();
+    }
+
+    private async copyPath(): Promise<void> {
+        const path = this.path();
+        if (path === null) return;
+        if (this.browser.opened === null && this.screen.view === 'document' && this.shell.ask('copy-path')) {
+            return this.strip.status('Path copied');
+        }
+        await this.copy(path, path.includes('/') ? 'Path' : 'Name');
     }
 
     private async copy(text: string, what: string): Promise<void> {
         this.strip.status((await copyText(text)) ? `${what} copied` : `${what} could not be copied.`);
     }
 
-    /** Links in documents lead nowhere; their address is shown instead. */
-    private follow(event: MouseEvent): void {
-        const link = event.target instanceof Element ? event.target.closest('a[href]') : null;
-        const href = link?.getAttribute('href') ?? '';
-        if (!link || href.startsWith('#')) return;
+    /** The engine would put an empty text in place of what the user had copied before. */
+    private guardClipboard(event: ClipboardEvent): void {
+        if (isEditable(event.target) || getSelection()?.toString()) return;
         event.preventDefault();
-        this.strip.status(href);
+        event.stopImmediatePropagation();
     }
 
-    private key(event: KeyboardEvent, act: (event: KeyboardEvent) => boolean): void {
-        if (event.defaultPrevented || event.isComposing || !act(event)) return;
+    private sideButtons(event: MouseEvent): void {
+        if (event.button !== 3 && event.button !== 4) return;
         event.preventDefault();
-        event.stopPropagation();
+        if (event.button === 3) this.back();
+        else this.shell.ask('go-forward');
     }
 
-    private command(event: KeyboardEvent): boolean {
-        const { key } = event,
-            control = event.ctrlKey || event.metaKey;
-        if (control && !event.altKey) {
-            if (key.toLowerCase() === 'o' && !event.shiftKey) post({ type: 'open-dialog' });
-            else if (key === ',') post({ type: 'mac-settings' });
-            else if (key.toLowerCase() === 'i' && !event.shiftKey && this.details.available) this.details.toggle();
-            else return false;
-            return true;
-        }
-        if (control || isEditable(event.target)) return false;
-        if (key === 'Escape' && this.details.open) {
-            this.details.toggle();
-            return true;
-        }
-        if (key === 'Escape' && (this.state === 'busy' || document.documentElement.dataset.full === 'on')) {
-            post({ type: this.state === 'busy' ? 'cancel-preview' : 'max' });
-            return true;
-        }
-        if (this.travel(event)) return true;
-        if (key.toLowerCase() === 'f' && !event.altKey && this.state === 'shown') {
-            post({ type: 'max' });
-            return true;
-        }
-        return false;
+    back(): void {
+        const { browser, screen } = this;
+        if (screen.view !== 'list' && browser.token !== null) browser.refresh();
+        else if (screen.view === 'list' && browser.listing?.parentId != null) browser.up();
+        else this.shell.ask('go-back');
     }
 
-    /** Keys that move about in a folder or archive. */
-    private travel({ key, altKey, ctrlKey, metaKey, shiftKey }: KeyboardEvent): boolean {
-        const { browser } = this,
-            listed = this.state === 'listing';
-        if (browser.token === null || ctrlKey || metaKey || shiftKey) return false;
-        if (altKey ? key === 'ArrowUp' : key === 'Backspace') {
-            if (!listed) browser.refresh();
-            else if (browser.listing?.parentId != null) browser.up();
-        } else if (key === 'F5' && !altKey && listed) browser.refresh();
-        else if (!listed && (key === 'ArrowLeft' || key === 'ArrowRight')) browser.step(key === 'ArrowLeft' ? -1 : 1);
-        else return false;
-        return true;
+    /** The engine's menu offers what cannot be done here; selected text keeps it, for copying. */
+    private contextMenu(event: MouseEvent): void {
+        if (event.defaultPrevented || (isEditable(event.target) && event.target instanceof HTMLInputElement)) return;
+        event.preventDefault();
+        const text = getSelection()?.toString() ?? '';
+        const copySelected = { label: 'Copy', keys: 'Ctrl C', run: () => void this.copy(text, 'Selection') };
+        const groups = [...(text ? [[copySelected]] : []), ...(this.strip.name ? this.menu() : [])];
+        if (groups.length > 0) openMenu({ x: event.clientX, y: event.clientY }, 'Document', groups);
     }
-}
-
-/** Viewers speak to the user through plain errors; what the engine throws is not made for reading. */
-function sentenceOf(error: unknown): string {
-    return error instanceof Error && error.constructor === Error && error.message
-        ? error.message
-        : 'The file is damaged, or it is not what its name says.';
 }
 
 function whatFailed(kind: Kind, name: string): string {

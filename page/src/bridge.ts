@@ -29,6 +29,22 @@ export type ToShell =
     | { type: 'container-up' | 'container-refresh'; token: string }
     | { type: 'clipboard-copy'; text: string; copyRequestId: number }
     | { type: 'open-sample'; name: string }
+    // Only to a shell that has named them in "features".
+    | {
+          type:
+              | 'open-with'
+              | 'show-in-folder'
+              | 'copy-path'
+              | 'print'
+              | 'reload'
+              | 'neighbours'
+              | 'go-back'
+              | 'go-forward';
+      }
+    | { type: 'clear-recent' }
+    | { type: 'keep-recent'; keep: boolean }
+    | { type: 'open-recent'; id: string }
+    | { type: 'file-digest'; digestRequestId: number }
     | { type: 'transcode-media'; url: string; isAudio: boolean; name: string };
 
 export type Init = {
@@ -61,6 +77,23 @@ export type OpenContainer = {
 export type Failure = { type: 'error'; message: string; requestId: number; name?: string; containerToken?: string };
 export type NativePreview = { type: 'native-preview'; name: string; requestId: number; containerToken?: string };
 
+/** What a shell can do beyond the messages that every shell knows. */
+export type Feature =
+    | 'open-with'
+    | 'show-in-folder'
+    | 'copy-path'
+    | 'print'
+    | 'reload'
+    | 'neighbours'
+    | 'history'
+    | 'recent'
+    | 'digest';
+
+export interface RecentFile {
+    id: string;
+    name: string;
+}
+
 export type FromShell =
     | Init
     | Busy
@@ -70,7 +103,12 @@ export type FromShell =
     | NativePreview
     | { type: 'clipboard-result'; success: boolean; copyRequestId: unknown }
     | { type: 'state'; maximized: boolean }
-    | { type: 'active'; value: boolean };
+    | { type: 'active'; value: boolean }
+    | { type: 'features'; names: string[] }
+    | { type: 'recent'; keep: boolean; files: RecentFile[] }
+    | { type: 'neighbours'; container: Listing; id: string; requestId: number }
+    | { type: 'file-changed'; requestId: number }
+    | { type: 'file-digest'; digestRequestId: number; sha256: string | null };
 
 /** The appearance as the shell hands it over. */
 export interface PlatformPreferences {

@@ -30,6 +30,8 @@ export class Browser {
     token: string | null = null;
     column: Column = 'name';
     direction: Direction = 'ascending';
+    /** Whether the document in sight was opened for a look only. */
+    peeking = false;
     private sorted: Entry[] = [];
     private openedId: string | null = null;
     private rootPath: string | null = null;
@@ -57,6 +59,7 @@ export class Browser {
         this.token = listing.token;
         this.listing = listing;
         this.openedId = null;
+        this.peeking = false;
         if (listing.parentId === null) this.rootPath = listing.path;
         else if (this.rootPath !== null && !listing.path.startsWith(this.rootPath)) this.rootPath = null;
         if (this.climbTo !== null && depth > this.climbTo && listing.parentId !== null) {
@@ -66,6 +69,15 @@ export class Browser {
         this.climbTo = null;
         this.sort(this.column, this.direction);
         return true;
+    }
+
+    /** Takes the level of a document that is shown already, as the entry `id`. */
+    adopt(listing: Listing, id: string): void {
+        this.token = listing.token;
+        this.listing = listing;
+        this.rootPath = listing.parentId === null ? listing.path : null;
+        this.sort(this.column, this.direction);
+        this.openedId = id;
     }
 
     sort(column: Column, direction: Direction): readonly Entry[] {
@@ -88,7 +100,14 @@ export class Browser {
     open(entry: Entry): void {
         if (!this.listing || entry.blockedReason) return;
         this.openedId = entry.id;
+        this.peeking = false;
         this.post({ type: 'container-open', token: this.listing.token, id: entry.id });
+    }
+
+    /** Opens an entry for a look: Space leads back. */
+    peek(entry: Entry): void {
+        this.open(entry);
+        this.peeking = this.openedId === entry.id;
     }
 
     up(): void {

@@ -39,10 +39,10 @@ export class TitleStrip implements Chrome {
         this.toolCapsule,
     );
 
-    /** `always` follows the tools of the view while it may be offered. */
+    /** `always` follows the tools of the view. */
     constructor(
         body: HTMLElement,
-        private readonly always: { button: HTMLElement; offered: () => boolean },
+        private readonly always: () => HTMLElement[],
     ) {
         // Window controls are native; over a photo they would vanish on a matching spot without a plate of ours.
         body.append(el('div', { class: 'capsule plate', 'aria-hidden': 'true' }), this.element, this.statusText);
@@ -64,7 +64,7 @@ export class TitleStrip implements Chrome {
     }
 
     tools(...own: HTMLElement[]): void {
-        const buttons = this.always.offered() ? [...own, this.always.button] : own;
+        const buttons = [...own, ...this.always()];
         this.toolCapsule.replaceChildren(...buttons);
         this.toolCapsule.hidden = buttons.length === 0;
         buttons.forEach((button, i) => {

@@ -76,6 +76,14 @@ export class Details {
         this.draw();
     }
 
+    /** Adds to what is told; a name that stands already takes the new value. */
+    add(rows: readonly (readonly [string, string])[]): void {
+        if (!this.facts) return;
+        const known = new Map(this.facts.rows);
+        for (const [name, value] of rows) known.set(name, value);
+        this.show({ ...this.facts, rows: [...known] });
+    }
+
     toggle(): void {
         this.wanted = !this.wanted;
         this.draw();

@@ -1,5 +1,3 @@
-import { decodeText } from './decode';
-
 /** A document that the shell has granted to the page. */
 export interface Doc {
     /** Grant path, of the page's own origin. */
@@ -20,6 +18,12 @@ export interface Doc {
     range(start: number, length: number, signal?: AbortSignal): Promise<Uint8Array<ArrayBuffer>>;
 }
 
+/** The file itself could not be read; no other viewer would fare better. */
+export class ReadFailure extends Error {}
+
+/** A viewer knows what keeps it from showing the file, and that another view of its bytes would help nobody. */
+export class Refusal extends Error {}
+
 export type DocFields = Pick<Doc, 'url' | 'name' | 'ext' | 'originalExt' | 'kind' | 'size' | 'requestId'>;
 
 // Reading one large body at once costs the web process the square of its size.
@@ -36,7 +40,12 @@ export function makeDoc(fields: DocFields): Doc {
         return out;
     }
     const bytes = (signal?: AbortSignal) => range(0, fields.size, signal);
-    return { ...fields, range, bytes, text: async signal => decodeText(await bytes(signal)).text };
+    return {
+        ...fields,
+        range,
+        bytes,
+        text: async signal => (await import('./decode')).decodeText(await bytes(signal)).text,
+    };
 }
 
 async function fetchPiece(url: string, from: number, to: number, signal?: AbortSignal) {
@@ -52,8 +61,8 @@ async function fetchPiece(url: string, from: number, to: number, signal?: AbortS
         piece = new Uint8Array(await response.arrayBuffer());
     } catch (error) {
         if (signal?.aborted) throw error;
-        throw new Error('The file could not be read. It may have been moved or changed.', { cause: error });
+        throw new ReadFailure('The file could not be read. It may have been moved or changed.', { cause: error });
     }
-    if (piece.length !== to - from) throw new Error('The file changed while it was being read. Open it again.');
+    if (piece.length !== to - from) throw new ReadFailure('The file changed while it was being read. Open it again.');
     return piece;
 }

@@ -2,8 +2,10 @@ import type { Entry } from './bridge';
 import type { Browser } from './browser';
 import { el, icon } from './dom';
 import { formatCount, formatDate, formatSize } from './format';
-import { kindOfEntry } from './kinds';
-import { type Column, findTyped, firstDirection } from './sorting';
+import { answer, type Keymap } from './keys';
+import { isArchive, kindOfEntry } from './kinds';
+import { openMenu } from './menu';
+import { type Column, filterByName, findTyped, firstDirection } from './sorting';
 import { VirtualRows } from './virtualrows';
 
 const ROW = 34;
@@ -18,12 +20,14 @@ const COLUMNS: [Column, string][] = [
 export interface ListingHost {
     status(text: string): void;
     copyPath(entry: Entry): void;
+    /** Opens the panel that tells about the selected entry. */
+    details(): void;
     selected(entry: Entry): void;
 }
 
 /** The list of one folder or archive level. */
-export function showListing(host: HTMLElement, signal: AbortSignal, browser: Browser, page: ListingHost): void {
-    new ListingView(host, signal, browser, page);
+export function showListing(host: HTMLElement, signal: AbortSignal, browser: Browser, page: ListingHost): Keymap {
+    return new ListingView(host, signal, browser, page).keymap;
 }
 
 class ListingView {
@@ -35,6 +39,27 @@ class ListingView {
     private readonly scroller = el('div', { class: 'rows' }, this.sizer);
     private readonly head = el('div', { class: 'head', role: 'row' });
     private readonly find = el('span', { class: 'hint' });
+    private readonly count = el('span', {});
+    private readonly field = el('input', {
+        class: 'filter',
+        placeholder: 'Filter',
+        'aria-label': 'Filter names',
+        spellcheck: 'false',
+    });
+    private readonly empty = el('p', { class: 'empty', hidden: true }, 'This folder is empty.');
+    private filter = '';
+    readonly keymap: Keymap = [
+        { keys: 'ArrowUp', run: () => this.move(-1) },
+        { keys: 'ArrowDown', run: () => this.move(1) },
+        { keys: 'PageUp', run: () => this.move(-this.rows.pageStep) },
+        { keys: 'PageDown', run: () => this.move(this.rows.pageStep) },
+        { keys: 'Home', label: 'First', run: () => this.moveTo(0) },
+        { keys: 'End', label: 'Last', run: () => this.moveTo(this.entries.length - 1) },
+        { keys: 'Enter', label: 'Open', run: () => this.open() },
+        { keys: 'Space', label: 'Preview, and back', run: () => this.peek() },
+        { keys: ['Ctrl+F', '/'], label: 'Filter names', run: () => this.field.focus() },
+        { keys: 'Ctrl+C', label: 'Copy path', run: () => this.copyPath() },
+    ];
     private readonly grid: HTMLElement;
     private readonly rows: VirtualRows;
 
@@ -68,13 +93,15 @@ class ListingView {
             this.scroller,
         );
         host.append(el('div', { class: 'pane listing enter' }, this.grid, this.foot()));
-        if (this.entries.length === 0) this.scroller.append(el('p', { class: 'empty' }, 'This folder is empty.'));
+        this.empty.hidden = this.entries.length > 0;
+        this.scroller.append(this.empty);
         this.sizer.addEventListener('pointerdown', event => this.pick(event));
         this.sizer.addEventListener('dblclick', () => this.open());
+        this.grid.addEventListener('contextmenu', event => this.contextMenu(event));
         this.rows = new VirtualRows(
             this.scroller,
             this.sizer,
-            { count: this.entries.length, rowHeight: ROW, render: i => this.row(i) },
+            { count: () => this.entries.length, rowHeight: ROW, render: i => this.row(i) },
             signal,
         );
         this.showHead();
@@ -109,7 +136,8 @@ class ListingView {
         const { browser } = this,
             current = this.entries[this.selected];
         const turned = browser.direction === 'ascending' ? 'descending' : 'ascending';
-        this.entries = browser.sort(column, browser.column === column ? turned : firstDirection(column));
+        const sorted = browser.sort(column, browser.column === column ? turned : firstDirection(column));
+        this.entries = filterByName(sorted, this.filter);
         this.selected = current ? this.entries.indexOf(current) : -1;
         this.showHead();
         this.head.querySelector<HTMLElement>('.sorted')?.focus();
@@ -194,34 +222,90 @@ class ListingView {
     }
 
     private key(event: KeyboardEvent): void {
-        if (event.target !== this.grid || event.altKey || event.metaKey) return;
+        if (event.target !== this.grid) return;
         // The selection shows where the keys go; the ring is for those who use them.
         this.grid.classList.add('keys');
-        if (event.ctrlKey) {
-            const entry = this.entries[this.selected];
-            if (event.key.toLowerCase() !== 'c' || event.shiftKey || !entry) return;
-            this.page.copyPath(entry);
-        } else if (!this.move(event.key) && !this.type(event)) return;
-        event.preventDefault();
+        if (this.typing(event) || answer(this.keymap, event)) event.preventDefault();
+        if (event.defaultPrevented) event.stopPropagation();
     }
 
-    private move(key: string): boolean {
-        const last = this.entries.length - 1,
-            step = this.rows.pageStep;
-        const to = {
-            ArrowUp: this.selected - 1,
-            ArrowDown: this.selected + 1,
-            Home: 0,
-            End: last,
-            PageUp: this.selected - step,
-            PageDown: this.selected + step,
-        }[key];
-        if (to !== undefined) {
-            this.endTyping();
-            if (last >= 0) this.select(Math.max(0, Math.min(last, to)));
-        } else if (key === 'Enter') this.open();
-        else return false;
+    private typing(event: KeyboardEvent): boolean {
+        return !event.altKey && !event.ctrlKey && !event.metaKey && this.type(event);
+    }
+
+    private move(by: number): void {
+        this.moveTo(this.selected + by);
+    }
+
+    private moveTo(index: number): void {
+        this.endTyping();
+        const last = this.entries.length - 1;
+        if (last >= 0) this.select(Math.max(0, Math.min(last, index)));
+    }
+
+    /** Shows the selected document until Space is pressed again. */
+    private peek(): boolean {
+        const entry = this.entries[this.selected];
+        if (!entry || this.typed) return false;
+        if (entry.blockedReason) this.page.status(entry.blockedReason);
+        else this.browser.peek(entry);
         return true;
+    }
+
+    private copyPath(): void {
+        const entry = this.entries[this.selected];
+        if (entry) this.page.copyPath(entry);
+    }
+
+    private menu(event: Event, place: HTMLElement | { x: number; y: number }): void {
+        const entry = this.entries[this.selected];
+        if (!entry) return;
+        event.preventDefault();
+        const isList = entry.isDirectory || isArchive(entry.ext);
+        const preview = { label: 'Preview', keys: 'Space', run: () => void this.peek() };
+        openMenu(place, entry.name, [
+            [{ label: 'Open', keys: '↵', run: () => this.open() }, ...(isList ? [] : [preview])],
+            [
+                { label: 'Copy path', keys: 'Ctrl C', run: () => this.copyPath() },
+                { label: 'Details', keys: 'Ctrl I', run: () => this.page.details() },
+            ],
+        ]);
+    }
+
+    private contextMenu(event: MouseEvent): void {
+        const row = event.target instanceof Element ? event.target.closest<HTMLElement>('.row') : null;
+        // The menu key has no place of its own; the selected row is where it belongs.
+        const at = row ?? this.rows.at(this.selected);
+        if (!at) return;
+        if (row) this.select(Number(row.dataset.index));
+        const isKey = event.clientX === 0 && event.clientY === 0;
+        const box = at.getBoundingClientRect();
+        this.menu(event, isKey ? { x: box.left + 40, y: box.bottom } : { x: event.clientX, y: event.clientY });
+    }
+
+    /** Leaves only the names that hold the text. */
+    private narrow(text: string): void {
+        const current = this.entries[this.selected];
+        this.filter = text.trim();
+        this.entries = filterByName(this.browser.entries, this.filter);
+        this.selected = -1;
+        this.rows.redraw();
+        this.empty.textContent = this.filter ? 'No name holds this text.' : 'This folder is empty.';
+        this.empty.hidden = this.entries.length > 0;
+        this.count.textContent = this.counted();
+        if (this.entries.length === 0) return;
+        this.select(Math.max(0, current ? this.entries.indexOf(current) : 0));
+    }
+
+    private filterKey(event: KeyboardEvent): void {
+        if (event.key === 'Escape') {
+            this.field.value = '';
+            this.narrow('');
+        } else if (!['Enter', 'ArrowDown', 'ArrowUp'].includes(event.key)) return;
+        event.preventDefault();
+        event.stopPropagation();
+        this.grid.focus();
+        if (event.key === 'Enter') this.open();
     }
 
     private type(event: KeyboardEvent): boolean {
@@ -258,19 +342,27 @@ class ListingView {
         if (this.selected >= 0) this.select(this.selected);
     }
 
-    private foot(): HTMLElement {
+    private counted(): string {
         const blocked = this.entries.filter(entry => entry.blockedReason).length;
-        const count =
-            formatCount(this.entries.length, 'item') +
-            (blocked ? `, ${blocked.toLocaleString('en-GB')} cannot be opened` : '');
+        const all = this.browser.entries.length;
+        const of = this.filter ? `${this.entries.length.toLocaleString('en-GB')} of ` : '';
+        return of + formatCount(all, 'item') + (blocked ? `, ${blocked.toLocaleString('en-GB')} cannot be opened` : '');
+    }
+
+    private foot(): HTMLElement {
         const key = (label: string) => el('span', { class: 'kbd' }, label);
         this.find.textContent = 'Type a name to find it';
+        this.count.textContent = this.counted();
+        this.field.addEventListener('input', () => this.narrow(this.field.value));
+        this.field.addEventListener('keydown', event => this.filterKey(event));
         return el(
             'div',
             { class: 'foot' },
-            el('span', {}, count),
+            this.count,
             el('span', { class: 'grow' }),
             this.find,
+            this.field,
+            el('span', { class: 'hint wide' }, key('Space'), 'Preview'),
             el('span', { class: 'hint wide' }, key('↵'), 'Open'),
             el('span', { class: 'hint wide' }, key('Alt'), key('↑'), 'Up'),
         );

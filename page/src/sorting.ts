@@ -65,3 +65,9 @@ function startingWith(entries: readonly Entry[], typed: string): number[] {
 /** The documents of a listing in its order: what Left and Right step through. */
 export const documentsOf = (entries: readonly Entry[]): Entry[] =>
     entries.filter(entry => !entry.isDirectory && !entry.blockedReason && !isArchive(entry.ext));
+
+/** The entries whose name holds the text, in whatever case. */
+export function filterByName(entries: readonly Entry[], text: string): readonly Entry[] {
+    const wanted = text.toLocaleLowerCase();
+    return wanted ? entries.filter(entry => entry.name.toLocaleLowerCase().includes(wanted)) : entries;
+}

@@ -55,6 +55,11 @@ export class Stage {
         fill(this.shown.host, this.shown.abort.signal);
     }
 
+    /** Makes room for the path strip above a view that stands already. */
+    deepen(): void {
+        this.shown?.host.classList.add('deep');
+    }
+
     clear(): void {
         this.drop(this.loading);
         this.drop(this.shown);

@@ -1,5 +1,8 @@
 import { post } from './bridge';
-import { el, icon } from './dom';
+import { el, icon, iconButton } from './dom';
+import { extensionOf, kindOfExtension } from './kinds';
+import { openMenu } from './menu';
+import type { Shell } from './shell';
 
 const SAMPLES = [
     { label: 'Welcome', file: 'Welcome.md', icon: 'text', family: 'doc' },
@@ -11,7 +14,7 @@ const SAMPLES = [
 const STALE_DRAG = 3000;
 
 /** The view of an empty window: where to drop, what to press, and something to try. */
-export function showStart(host: HTMLElement, signal: AbortSignal): void {
+export function showStart(host: HTMLElement, signal: AbortSignal, shell: Shell): void {
     const heading = el('h1', {}, 'Drop a file or folder here');
     const open = el(
         'button',
@@ -50,12 +53,43 @@ export function showStart(host: HTMLElement, signal: AbortSignal): void {
             sample.label,
         ),
     );
+    const recent = el('div', { class: 'samples recent' });
     const samples = el('div', { class: 'samples' }, el('span', { class: 'lead' }, 'Try a sample'), ...chips);
-    host.append(el('div', { class: 'stage' }, el('div', { class: 'card start enter' }, zone, samples)));
+    host.append(el('div', { class: 'stage' }, el('div', { class: 'card start enter' }, zone, recent, samples)));
+    const showRecent = () => recent.replaceChildren(...recentRow(shell));
+    shell.addEventListener('change', showRecent, { signal });
+    showRecent();
     followDrags(signal, over => {
         zone.classList.toggle('over', over);
         heading.textContent = over ? 'Let go to open' : 'Drop a file or folder here';
     });
+}
+
+const MOST_RECENT = 5;
+
+/** What was opened before, as far as this shell keeps it. */
+function recentRow(shell: Shell): HTMLElement[] {
+    const { recent } = shell;
+    if (!recent || (recent.keep && recent.files.length === 0)) return [];
+    const files = recent.files.slice(0, MOST_RECENT).map(({ id, name }) => {
+        const kind = kindOfExtension(extensionOf(name));
+        const open = () => post({ type: 'open-recent', id });
+        return el(
+            'button',
+            { class: 'btn chip', type: 'button', title: name, onclick: open },
+            icon(kind.icon, `s ${kind.family}`),
+            name,
+        );
+    });
+    const more = iconButton('more', 'Recent files', () => {
+        const keep = {
+            label: recent.keep ? 'Do not keep' : 'Keep recent files',
+            run: () => post({ type: 'keep-recent', keep: !recent.keep }),
+        };
+        const clear = { label: 'Clear', run: () => post({ type: 'clear-recent' }) };
+        openMenu(more, 'Recent files', [recent.files.length > 0 ? [clear, keep] : [keep]]);
+    });
+    return [el('span', { class: 'lead' }, 'Recent'), ...files, more];
 }
 
 function dashes(): SVGSVGElement {

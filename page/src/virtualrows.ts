@@ -1,17 +1,29 @@
-/** Air above the first row and below the last. */
 const MARGIN = 6;
 
 /** Which rows to keep in the document for a scroll position: `first` included, `last` excluded. */
-export function visibleRows(scrollTop: number, height: number, rowHeight: number, count: number, spare: number) {
-    const first = Math.floor((scrollTop - MARGIN) / rowHeight) - spare;
-    const last = Math.ceil((scrollTop - MARGIN + height) / rowHeight) + spare;
+export function visibleRows(
+    scrollTop: number,
+    height: number,
+    rowHeight: number,
+    count: number,
+    spare: number,
+    margin = MARGIN,
+) {
+    const first = Math.floor((scrollTop - margin) / rowHeight) - spare;
+    const last = Math.ceil((scrollTop - margin + height) / rowHeight) + spare;
     return { first: Math.max(0, Math.min(first, count)), last: Math.max(0, Math.min(last, count)) };
 }
 
 /** The scroll position nearest to `scrollTop` that shows the whole row and the margin at its sides. */
-export function scrollToShow(index: number, scrollTop: number, height: number, rowHeight: number): number {
+export function scrollToShow(
+    index: number,
+    scrollTop: number,
+    height: number,
+    rowHeight: number,
+    margin = MARGIN,
+): number {
     const top = index * rowHeight,
-        bottom = top + rowHeight + 2 * MARGIN;
+        bottom = top + rowHeight + 2 * margin;
     if (top < scrollTop) return top;
     return bottom > scrollTop + height ? bottom - height : scrollTop;
 }
@@ -20,8 +32,10 @@ export function scrollToShow(index: number, scrollTop: number, height: number, r
 export const pageStep = (height: number, rowHeight: number): number => Math.max(1, Math.floor(height / rowHeight) - 1);
 
 export interface Rows {
-    readonly count: number;
+    count(): number;
     readonly rowHeight: number;
+    /** Air above the first row and below the last. */
+    readonly margin?: number;
     render(index: number): HTMLElement;
 }
 
@@ -44,6 +58,10 @@ export class VirtualRows {
         signal.addEventListener('abort', () => resized.disconnect());
     }
 
+    private get margin(): number {
+        return this.rows.margin ?? MARGIN;
+    }
+
     get pageStep(): number {
         return pageStep(this.scroller.clientHeight, this.rows.rowHeight);
     }
@@ -57,13 +75,19 @@ export class VirtualRows {
     redraw(): void {
         this.mounted.clear();
         this.sizer.replaceChildren();
-        this.sizer.style.height = `${this.rows.count * this.rows.rowHeight + 2 * MARGIN}px`;
+        this.sizer.style.height = `${this.rows.count() * this.rows.rowHeight + 2 * this.margin}px`;
+        this.update();
+    }
+
+    /** Takes in rows that have come at the end; those in sight stay. */
+    grow(): void {
+        this.sizer.style.height = `${this.rows.count() * this.rows.rowHeight + 2 * this.margin}px`;
         this.update();
     }
 
     reveal(index: number): void {
         const { scrollTop, clientHeight } = this.scroller;
-        this.scroller.scrollTop = scrollToShow(index, scrollTop, clientHeight, this.rows.rowHeight);
+        this.scroller.scrollTop = scrollToShow(index, scrollTop, clientHeight, this.rows.rowHeight, this.margin);
         this.update();
     }
 
@@ -72,8 +96,9 @@ export class VirtualRows {
             this.scroller.scrollTop,
             this.scroller.clientHeight,
             this.rows.rowHeight,
-            this.rows.count,
+            this.rows.count(),
             SPARE,
+            this.margin,
         );
         for (const [index, row] of this.mounted) {
             if (index >= first && index < last) continue;
@@ -83,7 +108,7 @@ export class VirtualRows {
         for (let index = first; index < last; index++) {
             if (this.mounted.has(index)) continue;
             const row = this.rows.render(index);
-            row.style.top = `${MARGIN + index * this.rows.rowHeight}px`;
+            row.style.top = `${this.margin + index * this.rows.rowHeight}px`;
             this.mounted.set(index, row);
             this.sizer.append(row);
         }

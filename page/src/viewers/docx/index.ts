@@ -1,7 +1,7 @@
-import type { Doc } from '../../doc';
+import { type Doc, Refusal } from '../../doc';
 import { formatSize } from '../../format';
 import type { ViewContext } from '../../view';
-import { disarm, openFrame } from '../shared/frame';
+import { disarm, forwardKeys, openFrame } from '../shared/frame';
 import './docx.css';
 
 const SIZE_LIMIT = 64 * 1024 * 1024;
@@ -16,7 +16,7 @@ const PAGE_STYLE = `
 `;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
-    if (doc.size > SIZE_LIMIT) throw new Error('This document is too large to be shown without an office program.');
+    if (doc.size > SIZE_LIMIT) throw new Refusal('This document is too large to be shown without an office program.');
     const [library, bytes] = await Promise.all([import('docx-preview'), doc.bytes(view.signal)]);
     view.signal.throwIfAborted();
     const body = document.createElement('div');
@@ -44,6 +44,9 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     own.textContent = PAGE_STYLE;
     inner.head.append(...[...styles.childNodes].map(node => inner.adoptNode(node)), own);
     inner.body.append(...[...body.childNodes].map(node => inner.adoptNode(node)));
+    view.guard(inner);
+    forwardKeys(inner, host);
+    view.zoomable(inner.body);
     const pages = inner.querySelectorAll('section.docx').length;
     view.chrome.meta(`${pages} ${pages === 1 ? 'page' : 'pages'} · ${formatSize(doc.size)}`);
 }

@@ -41,6 +41,8 @@ class HexView {
     private top = 0;
     private cursor = 0;
     private painting = 0;
+    /** The byte at the cursor, while it is in sight. */
+    private current: number | undefined;
 
     constructor(
         private readonly host: HTMLElement,
@@ -57,14 +59,9 @@ class HexView {
     async start(): Promise<void> {
         const { signal } = this.view;
         const foot = el('div', { class: 'foot' }, this.place, this.value, el('span', { class: 'grow' }), this.goTo);
-        this.host.append(
-            el(
-                'div',
-                { class: 'sheet enter hex-sheet' },
-                el('div', { class: 'hex-frame' }, this.area, this.bar.element),
-                foot,
-            ),
-        );
+        const frame = el('div', { class: 'hex-frame' }, this.area, this.bar.element);
+        const sheet = el('div', { class: 'sheet enter hex-sheet' }, frame, foot);
+        this.host.append(sheet);
         this.view.chrome.tools(iconButton('search', 'Go to offset (Ctrl+G)', () => this.goTo.focus()));
 
         const wheel = wheelRows(ROW_HEIGHT);
@@ -98,16 +95,13 @@ class HexView {
             this.select(to);
             this.area.focus();
         });
-        document.addEventListener(
-            'keydown',
-            event => {
-                if (event.defaultPrevented || !event.ctrlKey || !['g', 'f'].includes(event.key.toLowerCase())) return;
-                event.preventDefault();
-                this.goTo.focus();
-                this.goTo.select();
-            },
-            { signal },
-        );
+        const goTo = () => {
+            this.goTo.focus();
+            this.goTo.select();
+        };
+        this.view.keys([{ keys: ['Ctrl+G', 'Ctrl+F'], label: 'Go to offset', run: goTo }]);
+        this.view.zoomable(sheet);
+        this.view.copies(() => (this.current === undefined ? null : { text: hexByte(this.current), what: 'Byte' }));
         const resized = new ResizeObserver(() => this.layout());
         resized.observe(this.area);
         signal.addEventListener('abort', () => resized.disconnect());
@@ -162,6 +156,7 @@ class HexView {
             visible: (this.visible * this.perRow) / this.doc.size,
         });
         const byte = bytes[this.cursor - start];
+        this.current = byte;
         this.place.textContent = `Offset ${this.cursor.toLocaleString('en')} (0x${this.cursor.toString(16).toUpperCase()})`;
         this.value.textContent =
             byte === undefined ? '' : `${byte} · 0x${hexByte(byte)} · ${byte.toString(2).padStart(8, '0')}`;

@@ -1,21 +1,26 @@
 import type { Doc } from '../../doc';
 import { el, iconButton } from '../../dom';
 import { formatSize } from '../../format';
+import type { Keymap } from '../../keys';
 import type { ViewContext } from '../../view';
+import { followPointer } from '../shared/drag';
+import { setPressed } from '../shared/pressed';
 import { clampOffset, clampScale, fitScale, nextStep, type Point, percent, type Size, zoomAbout } from '../shared/zoom';
 import './image.css';
 
 const OPAQUE_EXTENSIONS = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
 const SAMPLE_SIDE = 32;
 const PAN_STEP = 60;
+const WHEEL_PAUSE = 400;
+const DAMAGED = 'This picture is damaged, or its format is not supported.';
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
-    const picture = await load(doc, view.signal);
+    const picture = await load(doc, view);
     new ImageView(host, doc, view, picture).start();
 }
 
 /** An <img> decodes natively and never runs what an SVG may carry. */
-async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
+async function load(doc: Doc, { signal, notice }: ViewContext): Promise<HTMLImageElement> {
     const image = el('img', { alt: doc.name, draggable: 'false', decoding: 'async' });
     await new Promise<void>((resolve, reject) => {
         const stop = () => {
@@ -24,16 +29,39 @@ async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
         };
         signal.addEventListener('abort', stop, { once: true });
         image.addEventListener('load', () => resolve(), { once: true });
-        image.addEventListener(
-            'error',
-            () => reject(new Error('This picture is damaged, or its format is not supported.')),
-            { once: true },
-        );
+        image.addEventListener('error', () => reject(new Error(DAMAGED)), { once: true });
         image.src = doc.url;
     });
-    if (image.naturalWidth > 0) await image.decode().catch(() => undefined);
+    const whole =
+        image.naturalWidth === 0 ||
+        (await image.decode().then(
+            () => true,
+            () => false,
+        ));
     signal.throwIfAborted();
+    if (!whole) {
+        if (!hasPixels(image)) throw new Error(DAMAGED);
+        notice('This picture is incomplete: its file ends too early or is damaged. What could be read is shown.');
+    }
     return image;
+}
+
+/** Whether anything of a broken picture can be seen. */
+function hasPixels(image: HTMLImageElement): boolean {
+    const pixels = sampleOf(image);
+    return pixels?.some((value, i) => i % 4 === 3 && value > 0) ?? false;
+}
+
+/** The picture drawn very small; null where a drawing with foreign parts keeps its pixels to itself. */
+function sampleOf(image: HTMLImageElement): Uint8ClampedArray | null {
+    const canvas = el('canvas', { width: SAMPLE_SIDE, height: SAMPLE_SIDE });
+    const context = canvas.getContext('2d', { willReadFrequently: true });
+    try {
+        context?.drawImage(image, 0, 0, SAMPLE_SIDE, SAMPLE_SIDE);
+        return context?.getImageData(0, 0, SAMPLE_SIDE, SAMPLE_SIDE).data ?? null;
+    } catch {
+        return null;
+    }
 }
 
 /**
@@ -41,17 +69,8 @@ async function load(doc: Doc, signal: AbortSignal): Promise<HTMLImageElement> {
  * window.
  */
 function groundFor(image: HTMLImageElement): string[] {
-    const canvas = el('canvas', { width: SAMPLE_SIDE, height: SAMPLE_SIDE });
-    const context = canvas.getContext('2d', { willReadFrequently: true });
-    if (!context) return [];
-    let pixels: Uint8ClampedArray;
-    try {
-        context.drawImage(image, 0, 0, SAMPLE_SIDE, SAMPLE_SIDE);
-        pixels = context.getImageData(0, 0, SAMPLE_SIDE, SAMPLE_SIDE).data;
-    } catch {
-        // A drawing with foreign parts keeps its pixels to itself.
-        return ['see-through', 'on-light'];
-    }
+    const pixels = sampleOf(image);
+    if (!pixels) return ['see-through', 'on-light'];
     let weight = 0;
     let light = 0;
     for (let i = 0; i < pixels.length; i += 4) {
@@ -72,6 +91,7 @@ class ImageView {
     private scale = 1;
     private offset: Point = { x: 0, y: 0 };
     private turn = 0;
+    private wheelZoomed = Number.NEGATIVE_INFINITY;
 
     constructor(
         private readonly host: HTMLElement,
@@ -121,7 +141,7 @@ class ImageView {
         );
         this.canvas.addEventListener('pointerdown', event => this.drag(event));
         this.pinch();
-        document.addEventListener('keydown', event => this.key(event), { signal });
+        this.view.keys(this.keymap());
         const resized = new ResizeObserver(() => this.apply());
         resized.observe(this.canvas);
         signal.addEventListener('abort', () => {
@@ -173,8 +193,7 @@ class ImageView {
             size.width * this.scale > room.width + 1 || size.height * this.scale > room.height + 1,
         );
         this.value.textContent = percent(this.scale);
-        this.fitButton.classList.toggle('on', this.mode === 'fit');
-        this.fitButton.setAttribute('aria-pressed', String(this.mode === 'fit'));
+        setPressed(this.fitButton, this.mode === 'fit');
     }
 
     private fit(): void {
@@ -210,30 +229,24 @@ class ImageView {
 
     private wheel(event: WheelEvent): void {
         event.preventDefault();
-        if (event.ctrlKey) this.zoomTo(this.scale * Math.exp(-event.deltaY / 240), this.fromCentre(event));
-        else this.moveBy(-event.deltaX, -event.deltaY);
+        // A fitted picture has nowhere to go, so the plain wheel makes it larger; the same turn of the wheel goes on so.
+        const goesOn = event.timeStamp - this.wheelZoomed < WHEEL_PAUSE;
+        if (!event.ctrlKey && !goesOn && this.mode === 'free') return this.moveBy(-event.deltaX, -event.deltaY);
+        if (!event.ctrlKey) this.wheelZoomed = event.timeStamp;
+        this.zoomTo(this.scale * Math.exp(-event.deltaY / 240), this.fromCentre(event));
     }
 
     private drag(event: PointerEvent): void {
         if (event.button !== 0 || !this.canvas.classList.contains('movable')) return;
         event.preventDefault();
         this.canvas.focus();
-        this.canvas.setPointerCapture(event.pointerId);
         this.canvas.classList.add('moving');
         let last = { x: event.clientX, y: event.clientY };
         const move = (e: PointerEvent) => {
             this.moveBy(e.clientX - last.x, e.clientY - last.y);
             last = { x: e.clientX, y: e.clientY };
         };
-        const end = () => {
-            this.canvas.classList.remove('moving');
-            this.canvas.removeEventListener('pointermove', move);
-            this.canvas.removeEventListener('pointerup', end);
-            this.canvas.removeEventListener('pointercancel', end);
-        };
-        this.canvas.addEventListener('pointermove', move);
-        this.canvas.addEventListener('pointerup', end);
-        this.canvas.addEventListener('pointercancel', end);
+        followPointer(this.canvas, event, move, () => this.canvas.classList.remove('moving'));
     }
 
     /** The engine reports a pinch on a touch pad as gesture events. */
@@ -250,23 +263,25 @@ class ImageView {
         });
     }
 
-    private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented || event.altKey || event.metaKey) return;
-        const movable = this.canvas.classList.contains('movable') && document.activeElement === this.canvas;
-        const pan: Record<string, [number, number]> = {
-            ArrowLeft: [PAN_STEP, 0],
-            ArrowRight: [-PAN_STEP, 0],
-            ArrowUp: [0, PAN_STEP],
-            ArrowDown: [0, -PAN_STEP],
-        };
-        const by = pan[event.key];
-        if (by && movable) this.moveBy(...by);
-        else if (event.key === '+' || event.key === '=') this.step(1);
-        else if (event.key === '-' || event.key === '_') this.step(-1);
-        else if (event.key === '0') this.fit();
-        else if (event.key === '1') this.actual();
-        else if (event.key.toLowerCase() === 'r' && !event.ctrlKey) this.rotate();
-        else return;
-        event.preventDefault();
+    private keymap(): Keymap {
+        const pan = (key: string, x: number, y: number) => ({ keys: key, run: () => this.pan(x, y) });
+        return [
+            { keys: ['+', '=', 'Ctrl++', 'Ctrl+='], label: 'Zoom in', run: () => this.step(1) },
+            { keys: ['-', '_', 'Ctrl+-'], label: 'Zoom out', run: () => this.step(-1) },
+            { keys: ['0', 'Ctrl+0'], label: 'Fit to window', run: () => this.fit() },
+            { keys: '1', label: 'Actual size', run: () => this.actual() },
+            { keys: 'R', label: 'Rotate', run: () => this.rotate() },
+            pan('ArrowLeft', PAN_STEP, 0),
+            pan('ArrowRight', -PAN_STEP, 0),
+            pan('ArrowUp', 0, PAN_STEP),
+            pan('ArrowDown', 0, -PAN_STEP),
+        ];
+    }
+
+    /** A picture that fits leaves the arrows to the page. */
+    private pan(x: number, y: number): boolean {
+        if (!this.canvas.classList.contains('movable') || document.activeElement !== this.canvas) return false;
+        this.moveBy(x, y);
+        return true;
     }
 }

@@ -1,8 +1,10 @@
 import type { Doc } from '../../doc';
 import { el, iconButton } from '../../dom';
+import type { Keymap } from '../../keys';
 import type { ViewContext } from '../../view';
 import { ByteScrollBar, wheelRows } from '../shared/bytescroll';
 import { FindBar } from '../shared/findbar';
+import { setPressed } from '../shared/pressed';
 import { findBytes, makeNeedle } from './bytesearch';
 import { LineIndex } from './lineindex';
 import { type Row, TextRows } from './textrows';
@@ -32,7 +34,6 @@ class LargeText {
     private readonly bar: ByteScrollBar;
     private readonly find: FindBar;
     private readonly index: LineIndex;
-    private readonly findButton: HTMLElement;
     private readonly wrapButton: HTMLElement;
 
     private top: number;
@@ -63,6 +64,7 @@ class LargeText {
             direction => this.ask({ delta: direction * (this.visible - 1) }),
         );
         this.find = new FindBar({
+            without: 'options',
             query: text => {
                 clearTimeout(this.typingTimer);
                 this.typingTimer = window.setTimeout(
@@ -79,15 +81,11 @@ class LargeText {
                 clearTimeout(this.typingTimer);
                 this.searching?.abort();
                 this.match = undefined;
-                this.findButton.classList.remove('on');
                 this.scroller.focus();
                 this.ask({});
             },
         });
         this.wrapButton = iconButton('wrap', 'Wrap lines (Alt+Z)', () => this.toggleWrap());
-        this.findButton = iconButton('search', 'Find (Ctrl+F)', () =>
-            this.find.isOpen ? this.find.close() : this.openFind(),
-        );
     }
 
     async start(): Promise<void> {
@@ -102,7 +100,7 @@ class LargeText {
             el('span', {}, ENCODING_NAMES[this.rows.encoding]),
         );
         this.host.append(el('div', { class: 'sheet enter lt-sheet' }, area, this.find.element, foot));
-        this.view.chrome.tools(this.wrapButton, this.findButton);
+        this.view.chrome.tools(this.wrapButton, this.find.button);
 
         const wheel = wheelRows(ROW_HEIGHT);
         area.addEventListener('wheel', event => {
@@ -111,7 +109,7 @@ class LargeText {
             const delta = wheel(event);
             if (delta) this.ask({ delta });
         });
-        document.addEventListener('keydown', event => this.key(event), { signal });
+        this.view.keys(this.keymap());
         const resized = new ResizeObserver(() => {
             this.layoutStale = true;
             this.ask({});
@@ -265,43 +263,32 @@ class LargeText {
         }
     }
 
-    private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented) return;
-        const page = this.visible - 1;
-        const inside = event.target === this.scroller || event.target === document.body;
-        if (event.ctrlKey && event.key.toLowerCase() === 'f') this.openFind();
-        else if (event.key === 'F3')
-            this.find.isOpen
-                ? void this.search(
-                      this.find.text,
-                      event.shiftKey ? -1 : 1,
-                      (this.match?.start ?? this.top) + (event.shiftKey ? 0 : 1),
-                  )
-                : this.openFind();
-        else if (event.altKey && event.key.toLowerCase() === 'z') this.toggleWrap();
-        else if (event.key === 'Escape' && this.find.isOpen) this.find.close();
-        else if (!inside || event.altKey || event.metaKey) return;
-        else if (event.key === 'ArrowDown') this.ask({ delta: 1 });
-        else if (event.key === 'ArrowUp') this.ask({ delta: -1 });
-        else if (event.key === 'PageDown' || (event.key === ' ' && !event.shiftKey)) this.ask({ delta: page });
-        else if (event.key === 'PageUp' || event.key === ' ') this.ask({ delta: -page });
-        else if (event.key === 'Home') this.ask({ target: this.rows.origin });
-        else if (event.key === 'End') this.ask({ target: this.rows.size - 1 });
-        else return;
-        event.preventDefault();
+    private keymap(): Keymap {
+        const page = () => this.visible - 1;
+        // A selection in a field or a button keeps its keys.
+        const inside = (act: () => void) => (event: KeyboardEvent) => {
+            if (event.target !== this.scroller && event.target !== document.body) return false;
+            act();
+            return true;
+        };
+        return [
+            ...this.find.keys,
+            { keys: 'Alt+Z', label: 'Wrap lines', run: () => this.toggleWrap() },
+            { keys: 'ArrowDown', run: inside(() => this.ask({ delta: 1 })) },
+            { keys: 'ArrowUp', run: inside(() => this.ask({ delta: -1 })) },
+            { keys: ['PageDown', 'Space'], run: inside(() => this.ask({ delta: page() })) },
+            { keys: ['PageUp', 'Shift+Space'], run: inside(() => this.ask({ delta: -page() })) },
+            { keys: ['Home', 'Ctrl+Home'], label: 'Start', run: inside(() => this.ask({ target: this.rows.origin })) },
+            { keys: ['End', 'Ctrl+End'], label: 'End', run: inside(() => this.ask({ target: this.rows.size - 1 })) },
+        ];
     }
 
     private toggleWrap(): void {
-        const on = this.wrapButton.classList.toggle('on');
-        this.wrapButton.setAttribute('aria-pressed', String(on));
+        const on = !this.wrapButton.classList.contains('on');
+        setPressed(this.wrapButton, on);
         this.lines.classList.toggle('wrap', on);
         this.layoutStale = true;
         this.ask({});
-    }
-
-    private openFind(): void {
-        this.findButton.classList.add('on');
-        this.find.open();
     }
 
     private async search(text: string, direction: 1 | -1, from: number): Promise<void> {

@@ -3,7 +3,9 @@ import MarkdownIt from 'markdown-it';
 import type { Chrome } from '../../chrome';
 import type { Doc } from '../../doc';
 import { el, iconButton } from '../../dom';
+import { stripAddresses } from '../../links';
 import type { ViewContext } from '../../view';
+import { setPressed } from '../shared/pressed';
 import { show as showText } from '../text';
 import './markdown.css';
 
@@ -16,11 +18,13 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     if (doc.size > SIZE_LIMIT) return showText(host, doc, view);
     const source = await doc.text(view.signal);
     const renderer = new MarkdownIt({ html: true, linkify: true, typographer: false });
+    keepAlignment(renderer);
     const content = DOMPurify.sanitize(renderer.render(source), {
         RETURN_DOM_FRAGMENT: true,
         FORBID_TAGS: ['style', 'form', 'input', 'button', 'textarea', 'select', 'video', 'audio', 'source', 'iframe'],
         FORBID_ATTR: ['style', 'class', 'srcset', 'name', 'background'],
         ALLOW_DATA_ATTR: false,
+        ADD_ATTR: ['align'],
         SANITIZE_NAMED_PROPS: true,
     });
     tame(content);
@@ -31,13 +35,11 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
     );
     article.firstElementChild?.append(content);
     article.addEventListener('click', event => {
-        const link = (event.target as Element).closest('a');
-        if (!link) return;
-        event.preventDefault();
-        const address = link.dataset['address'] ?? '';
+        const address = (event.target as Element).closest('a')?.dataset['address'] ?? '';
         if (address.startsWith('#')) jump(article, address.slice(1));
         else if (address) view.chrome.status(address);
     });
+    view.zoomable(article);
 
     let sourceView: AbortController | undefined;
     const toggle = iconButton('code', 'Source', () => {
@@ -47,7 +49,7 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
             host.replaceChildren(article);
             view.chrome.tools(toggle);
             article.focus();
-            setPressed();
+            showPressed();
             return;
         }
         sourceView = new AbortController();
@@ -58,22 +60,32 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
             tools: (...buttons) => view.chrome.tools(toggle, ...buttons),
         };
         host.replaceChildren();
-        setPressed();
-        showText(host, doc, { ...view, signal, chrome }).catch((error: unknown) => {
+        showPressed();
+        showText(host, doc, view.nested(signal, chrome)).catch((error: unknown) => {
             if (!signal.aborted) view.chrome.status(error instanceof Error ? error.message : String(error));
         });
     });
-    const setPressed = () => {
-        toggle.classList.toggle('on', sourceView !== undefined);
-        toggle.setAttribute('aria-pressed', String(sourceView !== undefined));
+    const showPressed = () => {
+        setPressed(toggle, sourceView !== undefined);
     };
     view.chrome.tools(toggle);
     host.append(article);
     article.focus();
 }
 
+/** Columns of tables are aligned by a style, which the sanitizer takes away; an attribute says the same. */
+function keepAlignment(renderer: InstanceType<typeof MarkdownIt>): void {
+    renderer.core.ruler.push('alignment', state => {
+        for (const token of state.tokens) {
+            const align = /^text-align:(left|center|right)$/.exec(String(token.attrGet('style') ?? ''))?.[1];
+            if (align && /^t[hd]_open$/.test(token.type)) token.attrSet('align', align);
+        }
+    });
+}
+
 /** Links stay inert and pictures are only shown when the document carries them itself. */
 function tame(content: DocumentFragment): void {
+    stripAddresses(content);
     for (const link of content.querySelectorAll('a')) {
         link.dataset['address'] = link.getAttribute('href') ?? '';
         link.title = link.dataset['address'];

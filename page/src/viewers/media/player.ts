@@ -1,8 +1,10 @@
 import type { Doc } from '../../doc';
-import { el, icon, iconButton, isEditable } from '../../dom';
+import { el, icon, iconButton } from '../../dom';
 import { formatDuration } from '../../format';
+import type { Keymap } from '../../keys';
 import type { ViewContext } from '../../view';
-import { type MediaCommand, mediaCommand, nextSpeed, remainingTime, SPEEDS } from './commands';
+import { setPressed } from '../shared/pressed';
+import { COMMANDS, type MediaCommand, nextSpeed, remainingTime, SPEEDS } from './commands';
 import { Slider } from './slider';
 import './media.css';
 
@@ -68,7 +70,7 @@ export class Player {
         });
         this.menu = this.makeMenu();
         this.listen();
-        document.addEventListener('keydown', event => this.key(event), { signal });
+        view.keys(this.keymap());
         signal.addEventListener('abort', () => {
             // The source has to go before the element does, or its pipeline lives on.
             this.element.pause();
@@ -125,13 +127,19 @@ export class Player {
         const { signal } = this.view;
         if (!video.videoWidth) {
             await new Promise<void>(resolve => {
-                const timer = setTimeout(resolve, PICTURE_MILLISECONDS);
-                const done = () => {
+                const over = new AbortController();
+                const end = () => {
                     clearTimeout(timer);
+                    over.abort();
                     resolve();
                 };
-                for (const type of ['resize', 'loadeddata']) video.addEventListener(type, done, { once: true, signal });
-                signal.addEventListener('abort', done);
+                const timer = setTimeout(end, PICTURE_MILLISECONDS);
+                // Data may be there before its size is; only a size ends the wait early.
+                const look = () => video.videoWidth > 0 && end();
+                for (const type of ['resize', 'loadeddata', 'canplay', 'progress']) {
+                    video.addEventListener(type, look, { signal: over.signal });
+                }
+                signal.addEventListener('abort', end, { once: true });
             });
         }
         return video.videoWidth > 0;
@@ -174,7 +182,7 @@ export class Player {
         on('volumechange', () => {
             const silent = element.muted || element.volume === 0;
             this.mute.replaceChildren(icon(silent ? 'mute' : 'volume'));
-            this.mute.setAttribute('aria-pressed', String(silent));
+            setPressed(this.mute, silent);
             this.volume.set(silent ? 0 : element.volume);
         });
         on('ratechange', () => {
@@ -216,8 +224,7 @@ export class Player {
         const shown = tracks.findIndex(track => track.mode === 'showing');
         const next = tracks[shown + 1];
         for (const track of tracks) track.mode = track === next ? 'showing' : 'disabled';
-        this.captions.classList.toggle('on', next !== undefined);
-        this.captions.setAttribute('aria-pressed', String(next !== undefined));
+        setPressed(this.captions, next !== undefined);
         if (tracks.length > 0)
             this.view.chrome.status(next ? `Subtitles: ${next.label || next.language || 'on'}` : 'Subtitles off');
     }
@@ -254,15 +261,15 @@ export class Player {
         }
     }
 
-    private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented || event.ctrlKey || event.altKey || event.metaKey || isEditable(event.target))
-            return;
-        // A focused button takes Space for itself.
-        if (event.key === ' ' && event.target instanceof HTMLButtonElement) return;
-        const command = mediaCommand(event.key);
-        if (!command || (command.do === 'fullscreen' && this.kind === 'audio')) return;
-        event.preventDefault();
-        this.run(command);
+    private keymap(): Keymap {
+        return COMMANDS.filter(({ command }) => command.do !== 'fullscreen' || this.kind === 'video').map(row => ({
+            ...row,
+            run: event => {
+                // A focused button takes Space for itself.
+                if (event.key === ' ' && event.target instanceof HTMLButtonElement) return false;
+                return this.run(row.command) ?? true;
+            },
+        }));
     }
 
     /** The speed button with its menu, which opens upwards. */

@@ -1,4 +1,5 @@
 import { el } from '../../dom';
+import { followPointer } from '../shared/drag';
 
 export interface SliderOptions {
     label: string;
@@ -58,22 +59,15 @@ export class Slider {
     private drag(event: PointerEvent): void {
         if (event.button !== 0) return;
         this.dragging = true;
-        this.element.setPointerCapture(event.pointerId);
         const at = (e: PointerEvent) => {
             const box = this.element.getBoundingClientRect();
             const part = box.width > 0 ? Math.max(0, Math.min(1, (e.clientX - box.left) / box.width)) : 0;
             this.draw(part);
             this.options.change(part);
         };
-        const end = () => {
+        followPointer(this.element, event, at, () => {
             this.dragging = false;
-            this.element.removeEventListener('pointermove', at);
-            this.element.removeEventListener('pointerup', end);
-            this.element.removeEventListener('pointercancel', end);
-        };
-        this.element.addEventListener('pointermove', at);
-        this.element.addEventListener('pointerup', end);
-        this.element.addEventListener('pointercancel', end);
+        });
         at(event);
     }
 }

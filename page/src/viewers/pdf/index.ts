@@ -1,9 +1,11 @@
 import type { PDFDocumentProxy } from 'pdfjs-dist';
 import type { Doc } from '../../doc';
-import { el, iconButton, isEditable } from '../../dom';
+import { el, iconButton } from '../../dom';
 import { formatSize } from '../../format';
+import type { Keymap } from '../../keys';
 import type { ViewContext } from '../../view';
 import { FindBar } from '../shared/findbar';
+import { setPressed } from '../shared/pressed';
 import { percent } from '../shared/zoom';
 import { type OpenPdf, openPdf } from './open';
 import { askPassword } from './password';
@@ -71,9 +73,6 @@ class PdfView {
         this.setScale(this.slides ? 'page-fit' : 'page-width'),
     );
     private readonly sideButton = iconButton('sidebar', 'Pages (F9)', () => this.toggleSide());
-    private readonly findButton = iconButton('search', 'Find (Ctrl+F)', () =>
-        this.find.isOpen ? this.find.close() : this.openFind(),
-    );
     private readonly slides: boolean;
     private readonly bus;
     private readonly links;
@@ -128,7 +127,6 @@ class PdfView {
             step: direction => this.search('again', this.find.text, direction < 0),
             closed: () => {
                 this.bus.dispatch('findbarclose', { source: this });
-                this.findButton.classList.remove('on');
                 this.container.focus();
             },
         });
@@ -146,7 +144,8 @@ class PdfView {
         const count = this.document.numPages;
         const word = this.slides ? 'slide' : 'page';
         chrome.meta(`${count.toLocaleString('en')} ${word}${count === 1 ? '' : 's'} · ${formatSize(this.doc.size)}`);
-        chrome.tools(...(count > 1 ? [this.sideButton] : []), this.findButton);
+        void this.describe();
+        chrome.tools(...(count > 1 ? [this.sideButton] : []), this.find.button);
         this.setSide(count > 1 && this.host.clientWidth > WIDE_ENOUGH ? 'open' : 'closed');
 
         const rendered = new Promise<void>(resolve => {
@@ -175,7 +174,7 @@ class PdfView {
         const resized = new ResizeObserver(() => this.refit());
         resized.observe(this.container);
         signal.addEventListener('abort', () => resized.disconnect());
-        document.addEventListener('keydown', event => this.key(event), { signal });
+        this.view.keys(this.keymap());
         this.container.addEventListener('wheel', event => this.wheel(event), { passive: false });
 
         this.viewer.setDocument(this.document);
@@ -184,6 +183,24 @@ class PdfView {
         await rendered;
         signal.throwIfAborted();
         this.thumbs.start();
+    }
+
+    private async describe(): Promise<void> {
+        const { info } = await this.document.getMetadata().catch(() => ({ info: {} as Record<string, unknown> }));
+        const facts = info as Record<string, unknown>;
+        const rows = [
+            ['Title', 'Title'],
+            ['Author', 'Author'],
+            ['Subject', 'Subject'],
+            ['Made with', 'Creator'],
+            ['Producer', 'Producer'],
+            ['PDF version', 'PDFFormatVersion'],
+        ] as const;
+        const told = rows.flatMap(([name, key]) => {
+            const value = facts[key];
+            return typeof value === 'string' && value.trim() ? [[name, value.trim()] as const] : [];
+        });
+        this.view.details([['Pages', this.document.numPages.toLocaleString('en')], ...told]);
     }
 
     private makeBar(): void {
@@ -228,9 +245,8 @@ class PdfView {
 
     private showScale(): void {
         this.value.textContent = percent(this.viewer.currentScale);
-        const fitted = ['auto', 'page-width', 'page-fit'].includes(this.viewer.currentScaleValue ?? '');
-        this.fitButton.classList.toggle('on', fitted);
-        this.fitButton.setAttribute('aria-pressed', String(fitted));
+        const fitted = this.viewer.currentScaleValue === (this.slides ? 'page-fit' : 'page-width');
+        setPressed(this.fitButton, fitted);
     }
 
     private setScale(value: string): void {
@@ -248,17 +264,11 @@ class PdfView {
         const open = state === 'open';
         this.host.classList.toggle('pdf-side', open);
         this.thumbs.element.hidden = !open;
-        this.sideButton.classList.toggle('on', open);
-        this.sideButton.setAttribute('aria-pressed', String(open));
+        setPressed(this.sideButton, open);
     }
 
     private toggleSide(): void {
         if (this.document.numPages > 1) this.setSide(this.thumbs.element.hidden ? 'open' : 'closed');
-    }
-
-    private openFind(): void {
-        this.findButton.classList.add('on');
-        this.find.open();
     }
 
     private search(type: '' | 'again', query: string, findPrevious: boolean): void {
@@ -266,8 +276,8 @@ class PdfView {
             source: this,
             type,
             query,
-            caseSensitive: false,
-            entireWord: false,
+            caseSensitive: this.find.options.matchCase,
+            entireWord: this.find.options.wholeWord,
             highlightAll: true,
             findPrevious,
             matchDiacritics: false,
@@ -292,31 +302,31 @@ class PdfView {
         else this.viewer.previousPage();
     }
 
-    private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented || event.altKey || event.metaKey) return;
-        const key = event.key.length === 1 ? event.key.toLowerCase() : event.key;
-        if (event.ctrlKey && key === 'f') this.openFind();
-        else if (key === 'F3') this.find.text ? this.search('again', this.find.text, event.shiftKey) : this.openFind();
-        else if (key === 'F9') this.toggleSide();
-        else if (key === 'Escape' && this.find.isOpen) this.find.close();
-        else if (isEditable(event.target)) return;
-        else if (key === '+' || key === '=') this.viewer.increaseScale();
-        else if (key === '-' || key === '_') this.viewer.decreaseScale();
-        else if (key === '1' || (key === '0' && event.ctrlKey)) this.setScale('1');
-        else if (key === '0') this.setScale(this.slides ? 'page-fit' : 'page-width');
-        else if (event.ctrlKey) return;
-        else if (key === 'Home') this.viewer.currentPageNumber = 1;
-        else if (key === 'End') this.viewer.currentPageNumber = this.document.numPages;
-        else if (this.slides && (key === 'PageDown' || key === ' ')) this.turn(1);
-        else if (this.slides && key === 'PageUp') this.turn(-1);
-        else if (
-            !this.view.neighbours &&
-            (this.slides || !this.scrollsSideways()) &&
-            (key === 'ArrowLeft' || key === 'ArrowRight')
-        )
-            this.turn(key === 'ArrowRight' ? 1 : -1);
-        else return;
-        event.preventDefault();
+    private keymap(): Keymap {
+        const { viewer } = this;
+        const slides = (act: () => unknown) => () => (this.slides ? (act() ?? true) : false);
+        const sideways = (direction: 1 | -1) => () => {
+            const isFree = !this.view.neighbours && (this.slides || !this.scrollsSideways());
+            return isFree ? (this.turn(direction) ?? true) : false;
+        };
+        return [
+            ...this.find.keys,
+            { keys: 'F9', label: 'Pages at the side', run: () => this.toggleSide() },
+            { keys: ['+', '=', 'Ctrl++', 'Ctrl+='], label: 'Zoom in', run: () => viewer.increaseScale() },
+            { keys: ['-', '_', 'Ctrl+-'], label: 'Zoom out', run: () => viewer.decreaseScale() },
+            { keys: ['1', 'Ctrl+0'], label: 'Actual size', run: () => this.setScale('1') },
+            { keys: '0', label: 'Fit', run: () => this.setScale(this.slides ? 'page-fit' : 'page-width') },
+            { keys: ['Home', 'Ctrl+Home'], label: 'First page', run: () => this.goTo(1) },
+            { keys: ['End', 'Ctrl+End'], label: 'Last page', run: () => this.goTo(this.document.numPages) },
+            { keys: ['PageDown', 'Space'], run: slides(() => this.turn(1)) },
+            { keys: ['PageUp', 'Shift+Space'], run: slides(() => this.turn(-1)) },
+            { keys: 'ArrowLeft', run: sideways(-1) },
+            { keys: 'ArrowRight', run: sideways(1) },
+        ];
+    }
+
+    private goTo(page: number): void {
+        this.viewer.currentPageNumber = page;
     }
 
     private scrollsSideways(): boolean {

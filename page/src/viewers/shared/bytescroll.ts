@@ -1,4 +1,5 @@
 import { el } from '../../dom';
+import { followPointer } from './drag';
 import './bytescroll.css';
 
 const SMALLEST_THUMB = 32;
@@ -37,21 +38,13 @@ export class ByteScrollBar {
             const { top, height } = thumbOf(this.position, track);
             const y = event.clientY - this.element.getBoundingClientRect().top;
             if (event.target !== this.thumb) return onPage(y < top ? -1 : 1);
-            this.element.setPointerCapture(event.pointerId);
             const grip = y - top;
-            const move = (e: PointerEvent) => {
-                const at = positionOf(e.clientY - this.element.getBoundingClientRect().top - grip, height, track);
+            followPointer(this.element, event, e => {
+                const over = e.clientY - this.element.getBoundingClientRect().top;
+                const at = positionOf(over - grip, height, track);
                 this.set({ ...this.position, at });
                 onMove(at);
-            };
-            const end = () => {
-                this.element.removeEventListener('pointermove', move);
-                this.element.removeEventListener('pointerup', end);
-                this.element.removeEventListener('pointercancel', end);
-            };
-            this.element.addEventListener('pointermove', move);
-            this.element.addEventListener('pointerup', end);
-            this.element.addEventListener('pointercancel', end);
+            });
         });
     }
 

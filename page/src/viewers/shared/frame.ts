@@ -1,4 +1,5 @@
 import { el } from '../../dom';
+import { stripAddresses } from '../../links';
 
 const BLOCKED_ELEMENTS = 'script, iframe, frame, object, embed, base, meta, form, portal, link, applet';
 const FRAME_MILLISECONDS = 5000;
@@ -49,12 +50,28 @@ export function disarm(root: ParentNode): void {
         for (const { name } of [...element.attributes])
             if (name.toLowerCase().startsWith('on')) element.removeAttribute(name);
     }
-    for (const link of root.querySelectorAll('a[href], area[href]')) {
+    stripAddresses(root);
+    for (const link of root.querySelectorAll('a')) {
         const address = link.getAttribute('href') ?? '';
         // A jump inside the document is harmless and useful.
         if (address.startsWith('#')) continue;
         link.removeAttribute('href');
         link.removeAttribute('target');
-        if (!link.hasAttribute('title')) link.setAttribute('title', address);
+        if (address && !link.hasAttribute('title')) link.setAttribute('title', address);
     }
+}
+
+/** Keys pressed inside a frame count outside of it too: the page and the viewer answer them as anywhere else. */
+export function forwardKeys(inner: Document, outer: HTMLElement): void {
+    inner.addEventListener('keydown', event => {
+        const { key, code, ctrlKey, metaKey, altKey, shiftKey } = event;
+        const selected = (inner.getSelection()?.toString() ?? '') !== '';
+        // What is selected in the frame is copied there.
+        if (selected && (ctrlKey || metaKey) && key.toLowerCase() === 'c') return;
+        const init = { key, code, ctrlKey, metaKey, altKey, shiftKey, bubbles: true, cancelable: true };
+        if (!outer.dispatchEvent(new KeyboardEvent('keydown', init))) event.preventDefault();
+    });
+    inner.addEventListener('copy', event => {
+        if (!inner.getSelection()?.toString()) event.preventDefault();
+    });
 }

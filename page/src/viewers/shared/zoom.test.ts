@@ -10,6 +10,8 @@ describe('zoom', () => {
 
     test('steps go on from any scale and stop at the ends', () => {
         expect(nextStep(0.38, 1)).toBe(0.5);
+        expect(nextStep(0.332, 1)).toBe(0.5);
+        expect(nextStep(0.334, -1)).toBe(0.25);
         expect(nextStep(0.38, -1)).toBe(0.3333);
         expect(nextStep(1, 1)).toBe(1.25);
         expect(nextStep(32, 1)).toBe(32);

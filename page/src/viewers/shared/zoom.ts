@@ -26,7 +26,8 @@ export function fitScale(picture: Size, room: Size): number {
 }
 
 export function nextStep(scale: number, direction: 1 | -1): number {
-    const tolerance = 1.001;
+    // A step must be seen: from 33 % the next one is not 33.3 %.
+    const tolerance = 1.06;
     if (direction > 0) return STEPS.find(s => s > scale * tolerance) ?? LARGEST_SCALE;
     return STEPS.findLast(s => s < scale / tolerance) ?? SMALLEST_SCALE;
 }

@@ -1,5 +1,5 @@
 import { describe, expect, test } from 'vitest';
-import { columnName, columnsOf, findCell, hasHeader, isNumber } from './facts';
+import { columnName, columnsOf, findCell, hasHeader, isNumber, matcher, trimmed } from './facts';
 
 test.each([
     ['12', true],
@@ -12,6 +12,12 @@ test.each([
     ['-', false],
     ['%', false],
     ['12 m', false],
+    ['€ 1.234,50', true],
+    ['-$12.00', true],
+    ['(1,200.00)', true],
+    ['12 USD', true],
+    ['USD', false],
+    ['R2 D2', false],
     ['2026-11-14', false],
     ['1.2.3', false],
 ])('number %j', (text, expected) => expect(isNumber(text)).toBe(expected));
@@ -36,10 +42,18 @@ test.each<[string, string[][], boolean]>([
         false,
     ],
     [
-        'a gap among the titles',
+        'one gap among the titles',
         [
-            ['Station', ''],
-            ['1', '2'],
+            ['Station', '', 'Depth'],
+            ['1', '2', '3'],
+        ],
+        true,
+    ],
+    [
+        'more gaps than titles',
+        [
+            ['Station', '', ''],
+            ['1', '2', '3'],
         ],
         false,
     ],
@@ -80,7 +94,39 @@ describe('find', () => {
         ['only the same cell again', 'sill', [1, 0], 1, [1, 0]],
         ['missing', 'zz', [0, 0], 1, undefined],
     ])('%s', (_, text, [row, column], direction, expected) => {
-        const found = findCell(rows, 2, text, { row, column }, direction);
+        const walk = findCell(
+            rows,
+            2,
+            matcher(text, { matchCase: false, wholeWord: false }),
+            { row, column },
+            direction,
+        );
+        const { value: found } = walk.next();
         expect(found && [found.row, found.column]).toEqual(expected);
     });
+
+    test('a large table is searched in slices', () => {
+        const large = Array.from({ length: 50_000 }, () => ['x']);
+        const walk = findCell([...large, ['y']], 1, cell => cell === 'y', { row: 0, column: 0 }, 1);
+        expect([walk.next().done, walk.next().done, walk.next()]).toEqual([
+            false,
+            false,
+            { done: true, value: { row: 50_000, column: 0 } },
+        ]);
+    });
+
+    test.each<[string, string, boolean, boolean, boolean]>([
+        ['Reed beds', 'reed', false, false, true],
+        ['Reed beds', 'reed', true, false, false],
+        ['Reeds', 'Reed', false, true, false],
+        ['(Reed)', 'reed', false, true, true],
+        ['1.5*2', '.5*', false, false, true],
+    ])('%j holds %j (case %s, word %s)', (cell, text, matchCase, wholeWord, expected) =>
+        expect(matcher(text, { matchCase, wholeWord })(cell)).toBe(expected),
+    );
+});
+
+test('rows that only a claimed size makes are none', () => {
+    expect(trimmed([['a'], ['', ''], ['']])).toEqual([['a']]);
+    expect(trimmed([['', '']])).toEqual([]);
 });

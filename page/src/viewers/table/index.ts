@@ -1,10 +1,13 @@
 import { copyText } from '../../clipboard';
-import type { Doc } from '../../doc';
+import { type Doc, Refusal } from '../../doc';
 import { el, iconButton } from '../../dom';
 import { formatCount, formatSize } from '../../format';
+import type { Keymap } from '../../keys';
 import type { ViewContext } from '../../view';
 import { VirtualRows } from '../../virtualrows';
-import { FindBar } from '../shared/findbar';
+import { encodingButton } from '../shared/encodings';
+import { FindBar, type FindOptions } from '../shared/findbar';
+import { runWorker } from '../shared/worker';
 import {
     type Cell,
     type Column,
@@ -13,45 +16,97 @@ import {
     findCell,
     hasHeader,
     isNumber,
+    MOST_ROWS,
+    matcher,
     type Sheet,
-    type TableAnswer,
     type TableFormat,
+    type TableJob,
+    type TableRows,
 } from './facts';
 import './table.css';
 
 const ROW_HEIGHT = 28;
 const MOST_COLUMNS = 512;
-const WORKER_MILLISECONDS = 20_000;
+const LEAST_NUMBER_WIDTH = 56;
+const DIGIT_WIDTH = 8;
+// Beyond this many rows a larger text would make the list higher than the engine can lay out.
+const MOST_ZOOMED_ROWS = 390_000;
+const SLICE_MILLISECONDS = 12;
+const UNREADABLE = 'This spreadsheet could not be read.';
+const TOO_LARGE = 'This spreadsheet is too large to be shown.';
 const SEPARATED_LIMIT = 64 * 1024 * 1024;
 const WORKBOOK_LIMIT = 100 * 1024 * 1024;
 // This format unpacks to many times its size.
 const ODS_LIMIT = 20 * 1024 * 1024;
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
-    const format: TableFormat = doc.ext === 'csv' ? 'csv' : doc.ext === 'tsv' || doc.ext === 'tab' ? 'tsv' : 'workbook';
-    if (format !== 'workbook' && doc.size > SEPARATED_LIMIT)
-        return (await import('../largetext')).show(host, doc, view);
-    if (doc.size > (doc.ext === 'ods' ? ODS_LIMIT : WORKBOOK_LIMIT))
-        throw new Error('This spreadsheet is too large to be shown.');
-    const sheets = await read(await doc.bytes(view.signal), format, view.signal);
+    const format: TableFormat =
+        doc.ext === 'tsv' || doc.ext === 'tab' ? 'tsv' : isWorkbook(doc.ext) ? 'workbook' : 'csv';
+    if (format === 'workbook') return showWorkbook(host, doc, view);
+    if (doc.size > SEPARATED_LIMIT) return (await import('../largetext')).show(host, doc, view);
+    await showSeparated(host, doc, view, format);
+}
+
+const isWorkbook = (ext: string) => !['csv', 'tsv', 'tab', 'psv', 'txt'].includes(ext);
+
+const makeWorker = () => new Worker(new URL('./worker.ts', import.meta.url), { type: 'module' });
+
+async function showWorkbook(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
+    if (doc.size > (doc.ext === 'ods' ? ODS_LIMIT : WORKBOOK_LIMIT)) throw new Refusal(TOO_LARGE);
+    const bytes = await doc.bytes(view.signal);
+    const job: TableJob = { bytes, format: 'workbook' };
+    const { sheets } = await runWorker<never, { sheets: Sheet[] }>(
+        makeWorker(),
+        { message: job, transfer: [bytes.buffer] },
+        view.signal,
+        UNREADABLE,
+    );
     if (sheets.length === 0) throw new Error('This spreadsheet has no sheets with cells.');
     new TableView(host, doc, view, sheets);
 }
 
-function read(bytes: Uint8Array<ArrayBuffer>, format: TableFormat, signal: AbortSignal): Promise<Sheet[]> {
-    const worker = new Worker(new URL('./worker.ts', import.meta.url), { type: 'module' });
-    return new Promise<Sheet[]>((resolve, reject) => {
-        const timer = setTimeout(
-            () => reject(new Error('This spreadsheet took too long to read.')),
-            WORKER_MILLISECONDS,
+/** Shows the first rows at once; the rest comes while one reads. */
+async function showSeparated(host: HTMLElement, doc: Doc, view: ViewContext, format: TableFormat): Promise<void> {
+    const rows: TableRows = [];
+    const sheet: Sheet = { name: '', rows, left: 0 };
+    let table: TableView | undefined;
+    const bytes = await doc.bytes(view.signal);
+    let started: () => void = () => undefined;
+    let refused: (error: unknown) => void = () => undefined;
+    const firstRows = new Promise<void>((resolve, reject) => {
+        started = resolve;
+        refused = reject;
+    });
+    const read = (encoding?: string) => {
+        const job: TableJob = encoding ? { bytes, format, encoding } : { bytes, format };
+        const take = (part: TableRows) => {
+            for (const row of part) rows.push(row);
+            if (table) table.grow();
+            else table = new TableView(host, doc, view, [sheet]);
+            started();
+        };
+        return runWorker<TableRows, { left: number; encoding: string }>(
+            makeWorker(),
+            { message: job, transfer: [] },
+            view.signal,
+            UNREADABLE,
+            take,
         );
-        signal.addEventListener('abort', () => reject(signal.reason), { once: true });
-        worker.onmessage = ({ data }: MessageEvent<TableAnswer>) =>
-            'error' in data ? reject(new Error(data.error)) : resolve(data.sheets);
-        worker.onerror = () => reject(new Error('This spreadsheet could not be read.'));
-        worker.postMessage({ bytes, format }, [bytes.buffer]);
-        signal.addEventListener('abort', () => clearTimeout(timer), { once: true });
-    }).finally(() => worker.terminate());
+    };
+    const chooseEncoding = (label: string) => {
+        rows.length = 0;
+        void read(label).then(finish, failed);
+    };
+    const finish = ({ left, encoding }: { left: number; encoding: string }) => {
+        sheet.left = left;
+        table?.complete(encoding, chooseEncoding);
+    };
+    const failed = (error: unknown) => {
+        if (!view.signal.aborted) view.chrome.status(error instanceof Error ? error.message : UNREADABLE);
+        refused(error);
+    };
+    void read().then(finish, failed);
+    await firstRows;
 }
 
 class TableView {
@@ -68,14 +123,16 @@ class TableView {
     private readonly tabs = el('div', { class: 'tb-tabs', role: 'tablist' });
     private readonly count = el('span', {});
     private readonly find: FindBar;
-    private readonly findButton = iconButton('search', 'Find (Ctrl+F)', () =>
-        this.find.isOpen ? this.find.close() : this.openFind(),
-    );
     private readonly virtual: VirtualRows;
+    private readonly foot: HTMLElement;
+    private shown = 0;
     private rows: string[][] = [];
     private columns: Column[] = [];
     private lefts: number[] = [];
     private firstNumber = 1;
+    private numberWidth = LEAST_NUMBER_WIDTH;
+    private titled = false;
+    private seeking: AbortController | undefined;
     private cell: Cell = { row: 0, column: 0 };
 
     constructor(
@@ -86,40 +143,38 @@ class TableView {
     ) {
         const { signal } = view;
         this.find = new FindBar({
-            query: text => this.seek(text, 1, { row: this.cell.row, column: this.cell.column - 1 }),
-            step: direction => this.seek(this.find.text, direction, this.cell),
+            query: (text, options) =>
+                void this.seek(text, options, 1, { row: this.cell.row, column: this.cell.column - 1 }),
+            step: direction => void this.seek(this.find.text, this.find.options, direction, this.cell),
             closed: () => {
-                this.findButton.classList.remove('on');
                 this.scroller.focus();
             },
         });
-        const table = this;
         this.virtual = new VirtualRows(
             this.scroller,
             this.sizer,
             {
                 rowHeight: ROW_HEIGHT,
-                get count() {
-                    return table.rows.length;
-                },
+                margin: 0,
+                count: () => this.rows.length,
                 render: index => this.row(index),
             },
             signal,
         );
-        host.append(
-            el(
-                'div',
-                { class: 'sheet enter tb-sheet' },
-                el('div', { class: 'tb-line' }, this.address, this.content),
-                el('div', { class: 'tb-headbox' }, this.head),
-                this.scroller,
-                this.find.element,
-                el('div', { class: 'foot' }, this.tabs, el('span', { class: 'grow' }), this.count),
-            ),
-        );
+        const line = el('div', { class: 'tb-line' }, this.address, this.content);
+        const headbox = el('div', { class: 'tb-headbox' }, this.head);
+        this.foot = el('div', { class: 'foot' }, this.tabs, el('span', { class: 'grow' }), this.count);
+        const parts = [line, headbox, this.scroller, this.find.element, this.foot];
+        const sheet = el('div', { class: 'sheet enter tb-sheet' }, ...parts);
+        host.append(sheet);
+        if (sheets.every(({ rows }) => rows.length < MOST_ZOOMED_ROWS)) view.zoomable(sheet);
+        view.copies(() => ({
+            text: this.rows[this.cell.row]?.[this.cell.column] || this.address.textContent || ' ',
+            what: 'Cell',
+        }));
         view.chrome.tools(
             iconButton('copy', 'Copy cell (Ctrl+C)', () => this.copy()),
-            this.findButton,
+            this.find.button,
         );
         if (sheets.length > 1) {
             this.tabs.append(
@@ -146,18 +201,42 @@ class TableView {
             const row = target?.parentElement?.dataset['row'];
             if (target && row) this.select({ row: Number(row), column: Number(target.dataset['column']) });
         });
-        document.addEventListener('keydown', event => this.key(event), { signal });
+        view.keys(this.keymap());
         this.open(0);
+    }
+
+    /** Takes in rows that have been read meanwhile. */
+    grow(): void {
+        this.takeRows();
+        this.virtual.grow();
+    }
+
+    /** All rows are there. */
+    complete(encoding: string, choose: (label: string) => void): void {
+        this.open(this.shown);
+        const button = encodingButton(encoding, choose);
+        this.foot.querySelector('.encoding')?.remove();
+        this.foot.insertBefore(button, this.count);
+    }
+
+    private takeRows(): void {
+        const { rows } = this.sheets[this.shown] as Sheet;
+        this.titled = hasHeader(rows);
+        this.rows = this.titled ? rows.slice(1, MOST_ROWS + 1) : rows.slice(0, MOST_ROWS);
+        this.firstNumber = this.titled ? 2 : 1;
     }
 
     private open(index: number): void {
         const sheet = this.sheets[index] as Sheet;
-        const titled = hasHeader(sheet.rows);
-        this.rows = titled ? sheet.rows.slice(1) : sheet.rows;
-        this.firstNumber = titled ? 2 : 1;
+        this.shown = index;
+        this.takeRows();
+        const { titled } = this;
         this.columns = columnsOf(this.rows, titled ? sheet.rows[0] : undefined, MOST_COLUMNS);
         // Each column's left edge, and the right edge of all.
-        this.lefts = [56];
+        const digits = String(this.rows.length + this.firstNumber).length;
+        this.numberWidth = Math.max(LEAST_NUMBER_WIDTH, digits * DIGIT_WIDTH + 24);
+        this.sizer.parentElement?.parentElement?.style.setProperty('--number-width', `${this.numberWidth}px`);
+        this.lefts = [this.numberWidth];
         for (const column of this.columns)
             this.lefts.push((this.lefts[this.lefts.length - 1] as number) + column.width);
         this.head.replaceChildren(
@@ -238,22 +317,32 @@ class TableView {
         const left = this.lefts[column] as number;
         const right = this.lefts[column + 1] as number;
         const { scrollLeft, clientWidth } = this.scroller;
-        if (left - 56 < scrollLeft) this.scroller.scrollLeft = left - 56;
+        if (left - this.numberWidth < scrollLeft) this.scroller.scrollLeft = left - this.numberWidth;
         else if (right > scrollLeft + clientWidth) this.scroller.scrollLeft = right - clientWidth;
         this.address.textContent = `${columnName(column)}${row + this.firstNumber}`;
         this.content.textContent = (this.rows[row]?.[column] ?? '').slice(0, 2000);
     }
 
-    private seek(text: string, direction: 1 | -1, from: Cell): void {
-        if (!text) return this.find.report('');
-        const found = findCell(this.rows, this.columns.length, text, from, direction);
-        this.find.report(found ? '' : 'None found');
-        if (found) this.select(found);
-    }
-
-    private openFind(): void {
-        this.findButton.classList.add('on');
-        this.find.open();
+    private async seek(text: string, options: FindOptions, direction: 1 | -1, from: Cell): Promise<void> {
+        this.seeking?.abort();
+        this.find.report('');
+        if (!text) return;
+        const run = new AbortController();
+        this.seeking = run;
+        const walk = findCell(this.rows, this.columns.length, matcher(text, options), from, direction);
+        let paused = performance.now();
+        for (let next = walk.next(); ; next = walk.next()) {
+            if (run.signal.aborted || this.view.signal.aborted) return;
+            if (next.done) {
+                this.find.report(next.value ? '' : 'None found');
+                if (next.value) this.select(next.value);
+                return;
+            }
+            if (performance.now() - paused < SLICE_MILLISECONDS) continue;
+            this.find.report('Searching');
+            await new Promise(resolve => setTimeout(resolve));
+            paused = performance.now();
+        }
     }
 
     private copy(): void {
@@ -263,31 +352,29 @@ class TableView {
         );
     }
 
-    private key(event: KeyboardEvent): void {
-        if (event.defaultPrevented || event.altKey || event.metaKey) return;
-        const key = event.key.length === 1 ? event.key.toLowerCase() : event.key;
-        const { row, column } = this.cell;
-        const inside = document.activeElement === this.scroller;
+    private keymap(): Keymap {
         const far = 2 ** 31;
-        const moves: Record<string, Cell> = {
-            ArrowUp: { row: event.ctrlKey ? 0 : row - 1, column },
-            ArrowDown: { row: event.ctrlKey ? far : row + 1, column },
-            ArrowLeft: { row, column: event.ctrlKey ? 0 : column - 1 },
-            ArrowRight: { row, column: event.ctrlKey ? far : column + 1 },
-            PageUp: { row: row - this.virtual.pageStep, column },
-            PageDown: { row: row + this.virtual.pageStep, column },
-            Home: { row: event.ctrlKey ? 0 : row, column: 0 },
-            End: { row: event.ctrlKey ? far : row, column: far },
-        };
-        const move = moves[key];
-        if (event.ctrlKey && key === 'f') this.openFind();
-        else if (key === 'F3')
-            this.find.text ? this.seek(this.find.text, event.shiftKey ? -1 : 1, this.cell) : this.openFind();
-        else if (key === 'Escape' && this.find.isOpen) this.find.close();
-        else if (!inside) return;
-        else if (event.ctrlKey && key === 'c' && !getSelection()?.toString()) this.copy();
-        else if (move) this.select(move);
-        else return;
-        event.preventDefault();
+        const go = (keys: string, to: (cell: Cell) => Cell, label?: string) => ({
+            keys,
+            ...(label ? { label } : {}),
+            run: () => document.activeElement === this.scroller && (this.select(to(this.cell)) ?? true),
+        });
+        return [
+            ...this.find.keys,
+            go('ArrowUp', ({ row, column }) => ({ row: row - 1, column })),
+            go('ArrowDown', ({ row, column }) => ({ row: row + 1, column })),
+            go('ArrowLeft', ({ row, column }) => ({ row, column: column - 1 })),
+            go('ArrowRight', ({ row, column }) => ({ row, column: column + 1 })),
+            go('Ctrl+ArrowUp', ({ column }) => ({ row: 0, column }), 'First row'),
+            go('Ctrl+ArrowDown', ({ column }) => ({ row: far, column }), 'Last row'),
+            go('Ctrl+ArrowLeft', ({ row }) => ({ row, column: 0 })),
+            go('Ctrl+ArrowRight', ({ row }) => ({ row, column: far })),
+            go('PageUp', ({ row, column }) => ({ row: row - this.virtual.pageStep, column })),
+            go('PageDown', ({ row, column }) => ({ row: row + this.virtual.pageStep, column })),
+            go('Home', ({ row }) => ({ row, column: 0 }), 'First column'),
+            go('End', ({ row }) => ({ row, column: far }), 'Last column'),
+            go('Ctrl+Home', () => ({ row: 0, column: 0 })),
+            go('Ctrl+End', () => ({ row: far, column: far })),
+        ];
     }
 }

@@ -1,26 +1,52 @@
 import Papa from 'papaparse';
-import { decodeText } from '../../decode';
-import type { Sheet, TableAnswer, TableFormat } from './facts';
+import { decodeText, detectEncoding } from '../../decode';
+import type { Sheet, TableFormat, TableJob, TableRows } from './facts';
+import { MOST_ROWS, trimmed } from './facts';
+import { unpackedSize } from './unpacked';
 
-const MOST_ROWS = 1_000_000;
 const MOST_SHEET_ROWS = 200_000;
 const MOST_COLUMNS = 512;
+const MOST_CELLS = 30_000_000;
+const FIRST_BATCH = 2_000;
+const BATCH = 50_000;
+// What a workbook may unpack to; reading takes several times that in memory.
+const UNPACKED_LIMIT = 1_500_000_000;
+const DAMAGED = 'This spreadsheet is damaged, or its format is not supported.';
+const PROTECTED = 'This spreadsheet is protected by a password.';
+const TOO_LARGE = 'This spreadsheet unpacks to more than can be shown.';
 
-function separated(bytes: Uint8Array, format: TableFormat): Sheet[] {
-    const rows: string[][] = [];
+const part = (rows: TableRows) => self.postMessage({ part: rows });
+
+/** Sends the first rows as soon as they are read, the rest in larger batches. */
+function separated({ bytes, format, encoding }: TableJob): { left: number; encoding: string } {
+    const label = encoding ?? detectEncoding(bytes, true).label;
+    let batch: TableRows = [];
+    let rows = 0;
+    let cells = 0;
     let left = 0;
-    Papa.parse<string[]>(decodeText(bytes).text, {
+    Papa.parse<string[]>(decodeText(bytes, label).text, {
         delimiter: format === 'tsv' ? '\t' : '',
         skipEmptyLines: true,
         step: ({ data }) => {
-            if (rows.length < MOST_ROWS) rows.push(data);
-            else left++;
+            cells += data.length;
+            // One more than the most, for the titles.
+            if (rows > MOST_ROWS || cells > MOST_CELLS) {
+                left++;
+                return;
+            }
+            rows++;
+            batch.push(data);
+            if (batch.length < (rows <= FIRST_BATCH ? FIRST_BATCH : BATCH)) return;
+            part(batch);
+            batch = [];
         },
     });
-    return [{ name: '', rows, left }];
+    part(batch);
+    return { left, encoding: label };
 }
 
 async function workbook(bytes: Uint8Array): Promise<Sheet[]> {
+    if (unpackedSize(bytes) > UNPACKED_LIMIT) throw new Error(TOO_LARGE);
     const xlsx = await import('@e965/xlsx');
     const book = xlsx.read(bytes, {
         type: 'array',
@@ -30,7 +56,11 @@ async function workbook(bytes: Uint8Array): Promise<Sheet[]> {
         cellStyles: false,
         sheetRows: MOST_SHEET_ROWS,
     });
-    return book.SheetNames.flatMap((name): Sheet[] => {
+    const isHidden = (i: number) => (book.Workbook?.Sheets?.[i]?.Hidden ?? 0) !== 0;
+    const all = book.SheetNames.map((name, i) => ({ name, hidden: isHidden(i) }));
+    // A book of which every sheet is hidden would otherwise be empty.
+    const seen = all.some(({ hidden }) => !hidden) ? all.filter(({ hidden }) => !hidden) : all;
+    return seen.flatMap(({ name }): Sheet[] => {
         const sheet = book.Sheets[name];
         // Chart sheets have no cells.
         if (!sheet?.['!ref']) return sheet ? [{ name, rows: [], left: 0 }] : [];
@@ -44,22 +74,18 @@ async function workbook(bytes: Uint8Array): Promise<Sheet[]> {
             blankrows: true,
             range,
         });
-        return [{ name, rows: rows.map(row => row.map(String)), left: Math.max(0, whole.e.r - range.e.r) }];
+        return [{ name, rows: trimmed(rows.map(row => row.map(String))), left: Math.max(0, whole.e.r - range.e.r) }];
     });
 }
 
-self.onmessage = async (event: MessageEvent<{ bytes: Uint8Array; format: TableFormat }>) => {
-    const { bytes, format } = event.data;
-    let answer: TableAnswer;
+const isSeparated = (format: TableFormat) => format !== 'workbook';
+
+self.onmessage = async ({ data: job }: MessageEvent<TableJob>) => {
     try {
-        answer = { sheets: format === 'workbook' ? await workbook(bytes) : separated(bytes, format) };
+        self.postMessage({ result: isSeparated(job.format) ? separated(job) : { sheets: await workbook(job.bytes) } });
     } catch (error) {
         const text = error instanceof Error ? error.message : String(error);
-        answer = {
-            error: /password|encrypt/i.test(text)
-                ? 'This spreadsheet is protected by a password.'
-                : 'This spreadsheet is damaged, or its format is not supported.',
-        };
+        const known = text === TOO_LARGE ? TOO_LARGE : DAMAGED;
+        self.postMessage({ error: /password|encrypt/i.test(text) ? PROTECTED : known });
     }
-    postMessage(answer);
 };
