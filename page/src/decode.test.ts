@@ -9,8 +9,14 @@ const WORDS: Record<string, [name: string, sentence: string]> = {
     big5: ['Big5', '湖面很平靜。天亮以前，漁夫們划著小船出去了。水面上有一層薄霧，遠處的山看不清楚。'],
     'euc-kr': ['EUC-KR', '호수는 고요했다. 동이 트기 전에 어부들은 작은 배를 띄웠다. 물 위에는 안개가 끼어 있었다.'],
     'koi8-r': ['KOI8-R', 'Озеро было тихим. Перед рассветом рыбаки вышли на маленьких лодках. Над водой стоял туман.'],
-    'windows-1251': ['Windows-1251', 'Озеро было тихим. Перед рассветом рыбаки вышли на маленьких лодках. Над водой стоял туман.'],
-    'windows-1252': ['Windows-1252', 'Der See lag still. Vor Tagesanbruch fuhren die Fischer hinaus; über dem Wasser hing Nebel, kühl und grün.'],
+    'windows-1251': [
+        'Windows-1251',
+        'Озеро было тихим. Перед рассветом рыбаки вышли на маленьких лодках. Над водой стоял туман.',
+    ],
+    'windows-1252': [
+        'Windows-1252',
+        'Der See lag still. Vor Tagesanbruch fuhren die Fischer hinaus; über dem Wasser hing Nebel, kühl und grün.',
+    ],
 };
 
 function sampleOf(label: string): Uint8Array {
@@ -37,7 +43,6 @@ test.each(['utf-16le', 'utf-16be'])('finds out %s without a mark', label => {
     const wide = Uint8Array.from(units.flatMap(unit => (swap ? [unit >> 8, unit & 255] : [unit & 255, unit >> 8])));
     expect(decodeText(wide).text).toBe('depth = 12\n');
 });
-
 
 const bytes = (...values: number[]) => Uint8Array.from(values);
 const utf8 = (text: string) => new TextEncoder().encode(text);

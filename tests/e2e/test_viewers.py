@@ -6,6 +6,11 @@ import fixtures
 from harness import EndToEnd
 
 
+def png_under_another_name(path):
+    fixtures.picture(path.with_suffix(".png"))
+    path.with_suffix(".png").rename(path)
+
+
 class Viewers(EndToEnd):
     def shows(self, name, pattern, make):
         path = self.files / name
@@ -31,8 +36,10 @@ class Viewers(EndToEnd):
             ("picture.jpg", "^shown image", fixtures.picture),
             ("picture.svg", "^shown image", lambda p: fixtures.text(
                 p, '<svg xmlns="http://www.w3.org/2000/svg" width="40" height="40"><circle r="20"/></svg>')),
-            ("broken.png", "^error", lambda p: fixtures.text(p, "no picture")),
-            ("broken.pdf", "^error", lambda p: fixtures.text(p, "no pages")),
+            ("broken.png", "^shown text", lambda p: fixtures.text(p, "no picture")),
+            ("broken.pdf", "^shown text", lambda p: fixtures.text(p, "no pages")),
+            ("damaged.png", "^shown hex", lambda p: p.write_bytes(b"\x89PNG\r\n\x1a\n" + bytes(range(256)))),
+            ("picture under a wrong name.txt", "^shown image", png_under_another_name),
             ("gone.txt", "^error The selected item no longer exists or access was denied", lambda p: None),
         ]
         for name, pattern, make in table:

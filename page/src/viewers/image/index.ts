@@ -8,10 +8,12 @@ import { setPressed } from '../shared/pressed';
 import { clampOffset, clampScale, fitScale, nextStep, type Point, percent, type Size, zoomAbout } from '../shared/zoom';
 import './image.css';
 
-const OPAQUE_EXTENSIONS = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
+const OPAQUE = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
 const SAMPLE_SIDE = 32;
 const PAN_STEP = 60;
 const WHEEL_PAUSE = 400;
+const MENDED_LIMIT = 128 * 1024 * 1024;
+const JPEG_END = Uint8Array.of(0xff, 0xd9);
 const DAMAGED = 'This picture is damaged, or its format is not supported.';
 
 export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Promise<void> {
@@ -20,7 +22,24 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 }
 
 /** An <img> decodes natively and never runs what an SVG may carry. */
-async function load(doc: Doc, { signal, notice }: ViewContext): Promise<HTMLImageElement> {
+async function load(doc: Doc, view: ViewContext): Promise<HTMLImageElement> {
+    const { signal } = view;
+    const image = await decode(doc, doc.url, signal);
+    if (!OPAQUE.has(doc.ext) || isWhole(image)) return image;
+    // The engine draws nothing of a photo that ends too early; with an end put to it, it draws what there is.
+    const mended = doc.size <= MENDED_LIMIT ? await decode(doc, await withEnd(doc, signal), signal) : image;
+    if (!hasPixels(mended)) throw new Error(DAMAGED);
+    view.notice('This picture is incomplete: its file ends too early or is damaged. What could be read is shown.');
+    return mended;
+}
+
+async function withEnd(doc: Doc, signal: AbortSignal): Promise<string> {
+    const url = URL.createObjectURL(new Blob([await doc.bytes(signal), JPEG_END], { type: 'image/jpeg' }));
+    signal.addEventListener('abort', () => URL.revokeObjectURL(url));
+    return url;
+}
+
+async function decode(doc: Doc, url: string, signal: AbortSignal): Promise<HTMLImageElement> {
     const image = el('img', { alt: doc.name, draggable: 'false', decoding: 'async' });
     await new Promise<void>((resolve, reject) => {
         const stop = () => {
@@ -30,20 +49,16 @@ async function load(doc: Doc, { signal, notice }: ViewContext): Promise<HTMLImag
         signal.addEventListener('abort', stop, { once: true });
         image.addEventListener('load', () => resolve(), { once: true });
         image.addEventListener('error', () => reject(new Error(DAMAGED)), { once: true });
-        image.src = doc.url;
+        image.src = url;
     });
-    const whole =
-        image.naturalWidth === 0 ||
-        (await image.decode().then(
-            () => true,
-            () => false,
-        ));
+    if (image.naturalWidth > 0) await image.decode().catch(() => undefined);
     signal.throwIfAborted();
-    if (!whole) {
-        if (!hasPixels(image)) throw new Error(DAMAGED);
-        notice('This picture is incomplete: its file ends too early or is damaged. What could be read is shown.');
-    }
     return image;
+}
+
+/** Whether every part of an opaque picture can be seen. */
+function isWhole(image: HTMLImageElement): boolean {
+    return sampleOf(image)?.every((value, i) => i % 4 !== 3 || value > 0) ?? true;
 }
 
 /** Whether anything of a broken picture can be seen. */
@@ -106,7 +121,7 @@ class ImageView {
             { class: 'picture', tabindex: '0', role: 'img', 'aria-label': doc.name, 'data-focus': '' },
             image,
         );
-        if (!OPAQUE_EXTENSIONS.has(doc.ext)) image.classList.add(...groundFor(image));
+        if (!OPAQUE.has(doc.ext)) image.classList.add(...groundFor(image));
     }
 
     start(): void {
