@@ -1,3 +1,4 @@
+#include "base/CommandLine.h"
 #include "base/Fatal.h"
 #include "base/RegularFile.h"
 #include "base/Text.h"
@@ -114,13 +115,8 @@ void QuillmereDelegate::buildToolbar() {
 }
 
 void QuillmereDelegate::takeCommandLine() {
-    const auto& arguments = platform_.application.arguments();
-    for (size_t i = 1; i < arguments.size(); ++i) {
-        if (arguments[i].starts_with('-'))
-            continue;
-        pending_ = FileUrl(arguments[i].empty() ? "." : arguments[i]).standardized();
-        return;
-    }
+    if (const auto file = namedFile(platform_.application.arguments()))
+        pending_ = *file;
 }
 
 } // namespace quillmere

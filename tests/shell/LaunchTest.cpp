@@ -112,6 +112,16 @@ TEST_F(LaunchTest, OpensTheFirstArgumentThatIsNoSwitch) {
     EXPECT_EQ(received("open").size(), 1U);
 }
 
+TEST_F(LaunchTest, OpensTheFileThatTheKernelMeans) {
+    write("far/note.txt");
+    write("note.txt");
+    fs::create_directory_symlink(folder("far/below").path(), at("link").path());
+    desktop_.application.commandLine = {"Quillmere", at("link").path() + "/../note.txt"};
+    launchAndGetReady();
+    await("open");
+    EXPECT_EQ(window().representedFile, at("far/note.txt"));
+}
+
 TEST_F(LaunchTest, FilesHandedOverWinOverTheCommandLine) {
     desktop_.application.commandLine = {"Quillmere", write("named.txt").path()};
     desktop_.application.filesAtLaunch = {write("handed.txt"), write("other.txt")};
