@@ -17,7 +17,8 @@ namespace quillmere::platform::gtk {
 /// saves nothing. Main thread only.
 class DesktopWebView final : public platform::WebView {
 public:
-    /// `extensions` is the folder that holds the web process extension and nothing else. The executors outlive the view.
+    /// `extensions` is the folder that holds the web process extension and nothing else. The executors outlive the
+    /// view.
     DesktopWebView(const WebViewConfiguration& configuration, const FileUrl& extensions, Executors& executors);
     ~DesktopWebView() override;
 
