@@ -8,33 +8,65 @@ namespace quillmere {
 
 namespace {
 
-std::optional<InboundType> inboundType(std::string_view name) {
-    static constexpr std::pair<std::string_view, InboundType> table[] = {
-        {"ready", InboundType::ready},
-        {"open-dialog", InboundType::openDialog},
-        {"open-folder-dialog", InboundType::openFolderDialog},
-        {"container-open", InboundType::containerOpen},
-        {"container-up", InboundType::containerUp},
-        {"container-refresh", InboundType::containerRefresh},
-        {"cancel-preview", InboundType::cancelPreview},
-        {"clipboard-copy", InboundType::clipboardCopy},
-        {"copy-text", InboundType::copyText},
-        {"mac-settings", InboundType::macSettings},
-        {"pick-background", InboundType::pickBackground},
-        {"clear-background", InboundType::clearBackground},
-        {"min", InboundType::minimize},
-        {"max", InboundType::maximize},
-        {"close", InboundType::close},
-        {"default-apps", InboundType::defaultApps},
-        {"uninstall", InboundType::uninstall},
-        {"drag", InboundType::drag},
-        {"open-sample", InboundType::openSample},
-        {"transcode-media", InboundType::transcodeMedia},
+using Reader = InboundMessage (*)(const JsonObject&);
+
+template <typename Message>
+InboundMessage plain(const JsonObject&) {
+    return Message{};
+}
+
+template <typename Message>
+InboundMessage withToken(const JsonObject& body) {
+    return Message{.token = stringField(body, "token")};
+}
+
+InboundMessage containerOpen(const JsonObject& body) {
+    return inbound::ContainerOpen{.token = stringField(body, "token"), .id = stringField(body, "id")};
+}
+
+InboundMessage copyText(const JsonObject& body) {
+    const auto* identity = body.if_contains("copyRequestId");
+    return inbound::CopyText{.text = stringField(body, "text"),
+                             .copyRequestId = identity ? *identity : json::value(nullptr)};
+}
+
+InboundMessage openSample(const JsonObject& body) {
+    return inbound::OpenSample{.name = stringField(body, "name")};
+}
+
+InboundMessage transcodeMedia(const JsonObject& body) {
+    return inbound::TranscodeMedia{.url = stringField(body, "url"),
+                                   .isAudio = boolField(body, "isAudio").value_or(false),
+                                   .name = stringField(body, "name")};
+}
+
+Reader readerOf(std::string_view type) {
+    static constexpr std::pair<std::string_view, Reader> table[] = {
+        {"ready", plain<inbound::Ready>},
+        {"open-dialog", plain<inbound::OpenDialog>},
+        {"open-folder-dialog", plain<inbound::OpenDialog>},
+        {"container-open", containerOpen},
+        {"container-up", withToken<inbound::ContainerUp>},
+        {"container-refresh", withToken<inbound::ContainerRefresh>},
+        {"cancel-preview", plain<inbound::CancelPreview>},
+        {"clipboard-copy", copyText},
+        {"copy-text", copyText},
+        {"mac-settings", plain<inbound::MacSettings>},
+        {"pick-background", plain<inbound::PickBackground>},
+        {"clear-background", plain<inbound::ClearBackground>},
+        {"min", plain<inbound::Minimize>},
+        {"max", plain<inbound::Maximize>},
+        {"close", plain<inbound::Close>},
+        {"default-apps", plain<inbound::DefaultApps>},
+        {"uninstall", plain<inbound::Uninstall>},
+        {"drag", plain<inbound::Drag>},
+        {"open-sample", openSample},
+        {"transcode-media", transcodeMedia},
     };
-    for (const auto& [known, type] : table)
-        if (name == known)
-            return type;
-    return std::nullopt;
+    for (const auto& [known, reader] : table)
+        if (type == known)
+            return reader;
+    return nullptr;
 }
 
 } // namespace
@@ -43,11 +75,9 @@ std::optional<InboundMessage> acceptMessage(const platform::ScriptMessage& messa
     if (!message.mainFrame || !message.frameUrl || !isAppAddress(*message.frameUrl) || !message.body.is_object())
         return std::nullopt;
     const JsonObject& body = message.body.get_object();
-    const auto name = stringField(body, "type");
-    const auto type = name ? inboundType(*name) : std::nullopt;
-    if (!type)
-        return std::nullopt;
-    return InboundMessage{.type = *type, .body = body};
+    const auto type = stringField(body, "type");
+    const Reader reader = type ? readerOf(*type) : nullptr;
+    return reader ? std::optional(reader(body)) : std::nullopt;
 }
 
 std::optional<std::string> sampleFileName(const std::string& name) {

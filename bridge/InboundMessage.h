@@ -4,38 +4,57 @@
 #include "platform/WebView.h"
 
 #include <optional>
+#include <string>
+#include <variant>
 
 namespace quillmere {
 
-/// Everything that the page may ask for.
-enum class InboundType {
-    ready,
-    openDialog,
-    openFolderDialog,
-    containerOpen,
-    containerUp,
-    containerRefresh,
-    cancelPreview,
-    clipboardCopy,
-    copyText,
-    macSettings,
-    pickBackground,
-    clearBackground,
-    minimize,
-    maximize,
-    close,
-    defaultApps,
-    uninstall,
-    drag,
-    openSample,
-    transcodeMedia,
+/// What the page may ask for, one type each. A field of the wrong kind counts as absent.
+namespace inbound {
+
+struct Ready {};
+struct OpenDialog {};
+struct ContainerOpen {
+    std::optional<std::string> token{};
+    std::optional<std::string> id{};
+};
+struct ContainerUp {
+    std::optional<std::string> token{};
+};
+struct ContainerRefresh {
+    std::optional<std::string> token{};
+};
+struct CancelPreview {};
+struct CopyText {
+    std::optional<std::string> text{};
+    json::value copyRequestId = nullptr; // goes back as it came
+};
+struct MacSettings {};
+struct PickBackground {};
+struct ClearBackground {};
+struct Minimize {};
+struct Maximize {};
+struct Close {};
+struct DefaultApps {};
+struct Uninstall {};
+struct Drag {};
+struct OpenSample {
+    std::optional<std::string> name{};
+};
+struct TranscodeMedia {
+    std::optional<std::string> url{};
+    bool isAudio = false;
+    std::optional<std::string> name{};
 };
 
-/// A message that was accepted. `body` belongs to the script message it came from.
-struct InboundMessage {
-    InboundType type;
-    const JsonObject& body;
-};
+} // namespace inbound
+
+/// A message that was accepted, read once.
+using InboundMessage = std::variant<inbound::Ready, inbound::OpenDialog, inbound::ContainerOpen, inbound::ContainerUp,
+                                    inbound::ContainerRefresh, inbound::CancelPreview, inbound::CopyText,
+                                    inbound::MacSettings, inbound::PickBackground, inbound::ClearBackground,
+                                    inbound::Minimize, inbound::Maximize, inbound::Close, inbound::DefaultApps,
+                                    inbound::Uninstall, inbound::Drag, inbound::OpenSample, inbound::TranscodeMedia>;
 
 /// Accepts what the page's own main frame posts, a dictionary of a known type; nothing for anything else.
 std::optional<InboundMessage> acceptMessage(const platform::ScriptMessage& message);

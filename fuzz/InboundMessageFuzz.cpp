@@ -16,11 +16,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     platform::ScriptMessage message{
         .body = body.value_or(nullptr), .mainFrame = true, .frameUrl = "quillmere://app/index.html"};
     if (const auto accepted = acceptMessage(message)) {
-        require(accepted->body.contains("type"));
-        if (const auto name = stringField(accepted->body, "name"))
-            if (const auto file = sampleFileName(*name))
+        require(body->as_object().contains("type"));
+        if (const auto* sample = std::get_if<inbound::OpenSample>(&*accepted); sample && sample->name)
+            if (const auto file = sampleFileName(*sample->name))
                 require(!file->empty() && file->find('/') == std::string::npos && *file != "..");
-        const auto script = pageCall("receive", accepted->body);
+        const auto script = pageCall("receive", body->as_object());
         require(!script || script->find_first_of("\r\n") == std::string::npos);
         require(!script || script->find("</") == std::string::npos);
     }

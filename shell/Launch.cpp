@@ -9,7 +9,6 @@
 #include "prepare/CacheHousekeeping.h"
 #include "shell/MainMenu.h"
 #include "shell/QuillmereDelegate.h"
-#include "shell/Toolbar.h"
 
 #include <array>
 
@@ -55,17 +54,16 @@ void QuillmereDelegate::applicationDidFinishLaunching() {
     platform_.application.setMainMenu(mainMenu());
     localFiles_ = std::make_shared<LocalFiles>(resources_, platform_.executors, platform_.contentTypes);
     buildWindow();
-    buildWebView();
-    buildToolbar();
-    showStartupLoading();
+    mainWindow_->showStartupLoading();
     lifecycle_ = std::make_shared<AppLifecycleController>(
-        window_, AppLifecycleController::Host{
-                     .dialogs = platform_.dialogs, .bundle = platform_.bundle, .home = platform_.directories.home});
-    applyAppearance();
-    window_->makeKeyAndOrderFront();
+        mainWindow_->weakWindow(), AppLifecycleController::Host{.dialogs = platform_.dialogs,
+                                                                .bundle = platform_.bundle,
+                                                                .home = platform_.directories.home});
+    appearance_->applyAppearance();
+    window().makeKeyAndOrderFront();
     platform_.application.activate();
     web_->web().load(appIndex, std::chrono::seconds(60));
-    if (!pending_)
+    if (!documents_->hasPendingFile())
         takeCommandLine();
 }
 
@@ -74,22 +72,7 @@ void QuillmereDelegate::cleanCache() {
 }
 
 void QuillmereDelegate::buildWindow() {
-    window_ = platform_.toolkit.makeWindow({.contentSize = {.width = 1240, .height = 800},
-                                            .minimumSize = {.width = 640, .height = 440},
-                                            .title = "Quillmere",
-                                            .autosaveName = "Quillmere.MainWindow",
-                                            .titleHidden = true,
-                                            .titleBarTransparent = true,
-                                            .opaque = false});
-    window_->setClient(weak_from_this());
-    window_->center();
-    content_ = view::View::make(view::Overlay{});
-    window_->setContent(content_);
-    background_.emplace();
-    content_->add(background_->view());
-}
-
-void QuillmereDelegate::buildWebView() {
+    mainWindow_.emplace(platform_, weak_from_this());
     web_ = FileWebView::make(platform_.toolkit.makeWebView({.scheme = appScheme,
                                                             .host = appHost,
                                                             .schemeHandler = localFiles_.get(),
@@ -98,25 +81,16 @@ void QuillmereDelegate::buildWebView() {
                                                             .javaScriptCanOpenWindows = false,
                                                             .mediaPlaybackNeedsUserAction = false}),
                              weak_from_this());
-    web_->onDrop = weakly(weak_from_this(), [](QuillmereDelegate& self, const FileUrl& file) {
-        self.open(file, std::nullopt, std::nullopt);
-    });
-    content_->add(web_->web().view());
-}
-
-void QuillmereDelegate::buildToolbar() {
-    if (!platform_.toolkit.hasSymbol(folderSymbol) || !platform_.toolkit.hasSymbol(settingsSymbol))
-        fatalStop("a toolbar symbol is missing");
-    const Toolbar toolbar = makeToolbar(weakly(weak_from_this(), [](QuillmereDelegate& self) { self.openDialog(); }),
-                                        weakly(weak_from_this(), [](QuillmereDelegate& self) { self.showSettings(); }));
-    toolbar_ = toolbar.surface;
-    settingsButton_ = toolbar.settingsButton;
-    content_->add(toolbar_);
+    web_->onDrop = weakly(weak_from_this(), [](QuillmereDelegate& self, const FileUrl& file) { self.open(file); });
+    mainWindow_->addPage(web_->web().view());
+    mainWindow_->addToolbar(
+        {.openDialog = weakly(weak_from_this(), [](QuillmereDelegate& self) { self.openDialog(); }),
+         .showSettings = weakly(weak_from_this(), [](QuillmereDelegate& self) { self.showSettings(); })});
 }
 
 void QuillmereDelegate::takeCommandLine() {
     if (const auto file = namedFile(platform_.application.arguments()))
-        pending_ = *file;
+        documents_->keep(OpenRequest{.file = *file});
 }
 
 } // namespace quillmere

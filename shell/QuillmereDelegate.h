@@ -1,16 +1,16 @@
 #pragma once
 
-#include "appearance/AppearancePreferences.h"
-#include "appearance/BackgroundView.h"
-#include "bridge/ContainerGeneration.h"
+#include "appearance/WindowAppearance.h"
+#include "bridge/ContainerWork.h"
+#include "bridge/DocumentOpening.h"
 #include "bridge/InboundMessage.h"
-#include "bridge/OutboundMessage.h"
-#include "containers/ContainerBrowser.h"
+#include "bridge/PageChannel.h"
+#include "bridge/Requests.h"
 #include "files/LocalFiles.h"
 #include "lifecycle/AppLifecycleController.h"
 #include "platform/Platform.h"
-#include "prepare/FilePreparation.h"
 #include "shell/FileWebView.h"
+#include "shell/MainWindow.h"
 
 #include <functional>
 #include <memory>
@@ -19,12 +19,16 @@
 
 namespace quillmere {
 
-/// Controls everything that lives as long as the process: the window, the page in it, the document or container that it
-/// shows, and the requests under way. Everything meets here, on the main thread; decisions are taken by the functions
-/// and parts beside it. Its sources stand with their subjects: shell/, bridge/, appearance/.
+/// Everything that lives as long as the process meets here, on the main thread: what the application, the window, the
+/// engine and the page say is passed on to the parts that do the work, and what these need of each other goes through
+/// it. State belongs to the parts, decisions to the functions beside them.
 class QuillmereDelegate final : public platform::ApplicationClient,
                                 public platform::WindowClient,
                                 public FileWebView::Host,
+                                private PageChannel::Host,
+                                private DocumentOpening::Host,
+                                private ContainerWork::Host,
+                                private WindowAppearance::Host,
                                 public std::enable_shared_from_this<QuillmereDelegate> {
 public:
     /// What it works with besides the platform. The functions are called on the main thread, but for `log`.
@@ -54,102 +58,75 @@ public:
     void didReceiveScriptMessage(const platform::ScriptMessage& message) override;
 
     /// Opens a file, a folder or an archive, or keeps it until the page is ready.
-    void open(const FileUrl& url, const std::optional<std::string>& containerToken,
-              const std::optional<std::string>& displayName);
+    void open(const FileUrl& url);
 
 private:
-    using Ticket = int64_t;
-    using ContainerOperation = std::function<ContainerOpenResult(ContainerBrowser&, const CancellationTest&)>;
-
     QuillmereDelegate(const platform::Platform& platform, Parts parts);
 
-    // shell/Launch.cpp
+    // Launch.cpp
     void buildWindow();
-    void buildWebView();
-    void buildToolbar();
     void takeCommandLine();
     void cleanCache();
 
-    // shell/WindowHost.cpp
+    // Dispatch.cpp, one for each thing that the page may ask for
+    void handle(const inbound::Ready& message);
+    void handle(const inbound::OpenDialog& message);
+    void handle(const inbound::ContainerOpen& message);
+    void handle(const inbound::ContainerUp& message);
+    void handle(const inbound::ContainerRefresh& message);
+    void handle(const inbound::CancelPreview& message);
+    void handle(const inbound::CopyText& message);
+    void handle(const inbound::MacSettings& message);
+    void handle(const inbound::PickBackground& message);
+    void handle(const inbound::ClearBackground& message);
+    void handle(const inbound::Minimize& message);
+    void handle(const inbound::Maximize& message);
+    void handle(const inbound::Close& message);
+    void handle(const inbound::DefaultApps& message);
+    void handle(const inbound::Uninstall& message);
+    void handle(const inbound::Drag& message);
+    void handle(const inbound::OpenSample& message);
+    void handle(const inbound::TranscodeMedia& message);
+    void resumePending();
+
     void openDialog();
     void showSettings();
-    void showStartupLoading();
-    void hideStartupLoading();
-    void showStartupError(const std::string& description);
 
-    // bridge/Dispatch.cpp
-    void dispatch(const InboundMessage& message);
-    void pageIsReady();
-    void cancelPreview();
-    void copyToClipboard(const JsonObject& body);
-    void openSample(const JsonObject& body);
-    /// Every message to the page; `container` becomes its member of that name.
-    void send(JsonObject message, const WrittenListing* container = nullptr);
-    void sendError(Ticket ticket, const std::optional<std::string>& name, const std::string& text);
-
-    // bridge/Documents.cpp
-    void openContainer(const FileUrl& url, const std::optional<std::string>& token);
-    /// `identity` is that of the file that was checked when it was chosen from a container.
-    void open(const FileUrl& url, const std::optional<std::string>& containerToken,
-              const std::optional<std::string>& displayName, const std::optional<FileIdentity>& identity);
-    void openFile(const FileUrl& url, const std::optional<std::string>& token,
-                  const std::optional<FileIdentity>& identity);
-    void sendFile(const PreparedFile& prepared, const FileUrl& original, Ticket ticket,
-                  const std::optional<FileIdentity>& identity);
-    void showQuickLook(const FileUrl& url, Ticket ticket);
-    void transcodeMedia(const JsonObject& body);
-    void removePreview();
-    void showInTitle(const std::string& name, std::optional<FileUrl> file);
-
-    // bridge/ContainerOperations.cpp
-    void runContainerOperation(const std::string& name, const std::optional<std::string>& token,
-                               ContainerOperation operation);
-    void showListing(const WrittenListing& listing, const std::string& operationName, Ticket ticket);
-    void containerAction(InboundType type, const JsonObject& body);
-
-    // appearance/DelegateAppearance.cpp
-    void applyAppearance();
-    void pickBackground();
-    void clearBackground();
+    // What the parts need, in Hosts.cpp
+    void evaluate(const std::string& script) override;
+    void openContainer(const OpenRequest& request) override;
+    void didLeaveListing(bool inContainer) override;
+    void showInTitle(const std::string& name, std::optional<FileUrl> file) override;
+    bool showPreview(const FileUrl& file, double top) override;
+    void removePreview() override;
+    LocalFiles& localFiles() override;
+    void willBrowse() override;
+    void openDocument(OpenRequest request) override;
+    void didShowListing(const std::string& name, const std::optional<FileUrl>& root) override;
+    std::optional<std::string> currentDisplayName() const override;
+    BackgroundView* background() override;
+    platform::Window& window() override;
+    bool pageIsReady() const override;
+    std::string grant(const FileUrl& file) override;
+    void applyPlatformPreferences(const JsonObject& preferences) override;
+    void closeSettings() override;
 
     void assertMainThread() const;
-    Ticket nextRequest();
     FileUrl cacheRoot() const;
-    std::shared_ptr<ContainerBrowser> containers();
 
     platform::Platform platform_;
     Parts parts_;
-
-    std::shared_ptr<platform::Window> window_;
-    std::shared_ptr<FileWebView> web_;
-    std::optional<BackgroundView> background_;
-    view::ViewRef toolbar_;
-    view::ViewRef settingsButton_;
-    std::shared_ptr<AppLifecycleController> lifecycle_;
-    view::ViewRef preview_;
-    view::ViewRef startupLoading_;
-    bool ready_ = false;
-    Ticket requestID_ = 0;
-    std::optional<std::string> currentGrant_;
-    std::optional<FileUrl> currentOriginal_;
-    bool mediaFallbackAttempted_ = false;
-    std::optional<FileUrl> pending_;
-    std::optional<std::string> pendingContainerToken_;
-    std::optional<std::string> pendingDisplayName_;
-    std::optional<std::string> pendingContainerRefresh_;
-    std::optional<std::string> currentContainerToken_;
-    std::optional<FileUrl> currentContainerRoot_;
-    std::optional<std::string> currentDisplayName_;
-    bool showingContainer_ = false;
-    std::shared_ptr<ContainerBrowser> containers_; // made on first use
-    std::unique_ptr<platform::Executor> containerQueue_;
-    std::shared_ptr<ContainerGeneration> containerGeneration_;
-    AppearancePreferences preferences_;
     FileUrl resources_;
-    std::shared_ptr<LocalFiles> localFiles_;
     FileUrl support_;
-
-    view::ViewRef content_; // root of the window's content
+    PageChannel channel_;
+    Requests requests_;
+    std::shared_ptr<DocumentOpening> documents_;
+    std::shared_ptr<ContainerWork> containerWork_;
+    std::shared_ptr<WindowAppearance> appearance_;
+    std::shared_ptr<LocalFiles> localFiles_;
+    std::optional<MainWindow> mainWindow_;
+    std::shared_ptr<FileWebView> web_;
+    std::shared_ptr<AppLifecycleController> lifecycle_;
 };
 
 } // namespace quillmere
