@@ -1,5 +1,4 @@
 #include "base/CommandLine.h"
-#include "base/Fatal.h"
 #include "base/RegularFile.h"
 #include "base/Text.h"
 #include "base/WeakCallback.h"

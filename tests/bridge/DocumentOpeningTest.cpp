@@ -43,7 +43,7 @@ protected:
     std::optional<std::string> refusal() const { return stringField(page_.last("error"), "message"); }
 
     platform::HeadlessPlatform desktop_{root()};
-    platform::Confinement confinement_{platform::Confinement::Mode::limitsOnly};
+    platform::Confinement confinement_{platform::Confinement::Mode::withoutWall};
     tests::Page page_;
     PageChannel channel_{page_};
     Requests requests_;

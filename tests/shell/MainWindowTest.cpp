@@ -10,7 +10,7 @@ namespace {
 class MainWindowTest : public testing::Test, protected tests::Sandbox {
 protected:
     MainWindowTest() {
-        window_.addPage(view::View::make(view::Spacer{}));
+        window_.addPage(view::View::make(view::Overlay{}));
         window_.addToolbar({.openDialog = [this] { pressed += "o"; }, .showSettings = [this] { pressed += "s"; }});
     }
     ~MainWindowTest() override { desktop_.executors.main().end(); }
@@ -49,7 +49,7 @@ TEST_F(MainWindowTest, LayersComeAndGoInTheirPlaces) {
 TEST_F(MainWindowTest, TheToolbarsButtonsActInTheirOrder) {
     const auto toolbar = desktop_.toolkit.window->content->find("toolbar");
     for (const auto* symbol : {"folder", "slider.horizontal.3"})
-        toolbar->find(symbol)->press();
+        press(*toolbar->find(symbol));
     EXPECT_EQ(pressed, "os");
 }
 
