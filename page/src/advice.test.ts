@@ -8,7 +8,7 @@ const sources = (room: string): string[] =>
     readdirSync(join(root, room), { withFileTypes: true, recursive: true })
         .filter(file => file.isFile() && /\.(h|cpp)$/.test(file.name))
         .map(file => readFileSync(join(file.parentPath, file.name), 'utf8'));
-const shell = ['base', 'files', 'prepare', 'containers', 'bridge'].flatMap(sources).join('\n');
+const shell = ['base', 'files', 'prepare', 'containers', 'bridge', 'shell'].flatMap(sources).join('\n');
 // The page's own sentences come from its readers of documents.
 const page = readFileSync(join(root, 'page/src/doc.ts'), 'utf8');
 
@@ -17,7 +17,7 @@ const messages = readFileSync(join(root, 'containers/ContainerMessages.h'), 'utf
 const declared = [...messages.matchAll(/(\w+) =\s*"((?:[^"\\]|\\.)*)"/g)].map(
     ([, name = '', text = '']) => [name, unescaped(text)] as const,
 );
-const failures = [...shell.matchAll(/(?:FileFailure|ContainerError|sendError|Failure = )[^;]*?"([A-Z][^"]*\.)"/g)].map(
+const failures = [...shell.matchAll(/(?:FileFailure|ContainerError|sendError|Failure = |Failure{)[^;]*?"([A-Z][^"]*\.)"/g)].map(
     ([, text = '']) => text,
 );
 const never = new Set(['Invalid byte range.', 'Unsatisfiable byte range.', 'Invalid local file response.', CANCELLED]);

@@ -1,4 +1,5 @@
 import { CANCELLED } from './advice';
+import { announce } from './announce';
 import { Appearance } from './appearance';
 import {
     type Busy,
@@ -12,22 +13,24 @@ import {
 import { Browser } from './browser';
 import { showBusy } from './busy';
 import { TitleStrip } from './chrome';
-import { clipboardAnswered, copyText } from './clipboard';
+import { clipboardAnswered } from './clipboard';
+import { Copying, guardClipboard } from './copying';
 import { Details, factsOfEntry, factsOfFile } from './details';
+import { documentMenu } from './documentmenu';
 import { iconButton, isEditable } from './dom';
-import { showError } from './error';
+import { showError, whatFailed } from './error';
 import { formatCount } from './format';
 import { type Frame, frameKeys } from './framekeys';
 import { showHelp } from './help';
 import { answer, type KeyGroup, type Keymap } from './keys';
-import { extensionOf, type Kind, kindOfEntry, kindOfExtension } from './kinds';
+import { extensionOf, kindOfEntry, kindOfExtension } from './kinds';
 import { guardLinks } from './links';
 import { showListing } from './listing';
 import { type MenuGroups, openMenu } from './menu';
 import { Opening, sentenceOf } from './opening';
 import { crumbsOf, entryPath } from './path';
 import { placeOf } from './place';
-import { labelOf, type ViewerName, waysToShow } from './registry';
+import type { ViewerName } from './registry';
 import { NOTHING_YET, next, type Screen, type State } from './screen';
 import { Shell } from './shell';
 import { Stage } from './stage';
@@ -40,17 +43,6 @@ const BUSY_AFTER = 250;
 const START_AFTER_INIT = 60;
 const START_WITHOUT_SHELL = 600;
 
-/** What the machine reads of a screen; people read the title strip. */
-const STATUS: Record<Screen['view'], string> = {
-    blank: '',
-    start: 'start',
-    busy: 'busy',
-    document: 'busy',
-    list: 'listing',
-    error: 'error',
-    native: 'native',
-};
-
 /** The page: takes the shell's messages, presents the screen that follows, and offers the keys that work everywhere. */
 export class App implements Frame {
     readonly appearance = new Appearance();
@@ -60,7 +52,8 @@ export class App implements Frame {
     private readonly trail = new Trail();
     private readonly strip: TitleStrip;
     private readonly textSize = new TextSize(text => this.strip.status(text));
-    readonly details = new Details(text => void this.copy(text, 'Details'));
+    private readonly copying = new Copying(this, text => this.strip.status(text));
+    readonly details = new Details(text => void this.copying.text(text, 'Details'));
     private readonly more = iconButton('more', 'More', () => this.openMenu());
     private readonly keymap: Keymap = frameKeys(this);
     private listKeys: KeyGroup | null = null;
@@ -77,7 +70,7 @@ export class App implements Frame {
         // Editors have their own idea of Alt with the arrows, so these come first.
         const first = this.keymap.filter(({ keys }) => [keys].flat().some(written => written.startsWith('Alt+')));
         window.addEventListener('keydown', event => answer(first, event), { capture: true });
-        window.addEventListener('copy', event => this.guardClipboard(event), { capture: true });
+        window.addEventListener('copy', guardClipboard, { capture: true });
         window.addEventListener('mouseup', event => this.sideButtons(event));
         guardLinks(body, address => this.strip.status(address));
         body.addEventListener('contextmenu', event => this.contextMenu(event));
@@ -158,23 +151,12 @@ export class App implements Frame {
                 // The platform's own preview lies over the page, which keeps only its strips.
                 this.stage.clear();
         }
-        this.announce(screen);
-    }
-
-    /** Tells which view stands, then what is in it, to whoever looks from outside the page. */
-    private announce(screen: Screen, viewer = ''): void {
-        const status = viewer ? 'shown' : STATUS[screen.view];
-        document.documentElement.dataset.state = status;
-        document.documentElement.dataset.viewer = viewer || status;
-        let detail = this.strip.name;
-        if (screen.view === 'list') detail = screen.list.container.path;
-        else if (screen.view === 'error') detail = screen.failure.message;
-        document.title = [status, viewer, detail].filter(Boolean).join(' ');
+        announce(screen, this.strip.name);
     }
 
     private presentBusy(busy: Busy): void {
         this.browser.begun(busy.containerToken);
-        this.announce(this.screen);
+        announce(this.screen, this.strip.name);
         clearTimeout(this.busyTimer);
         const since = performance.now();
         this.busyTimer = window.setTimeout(() => {
@@ -197,7 +179,7 @@ export class App implements Frame {
         const opening = new Opening(file, view, this.openingHost());
         this.opening = opening;
         this.browser.begun(file.containerToken);
-        this.announce({ view: 'document', file });
+        announce({ view: 'document', file }, file.name);
         this.details.show(factsOfFile(file, this.browser.opened, this.browser.listing?.path ?? ''));
         this.strip.show(file.name, kindOfExtension(file.originalExt || file.ext));
         this.showTrail(file.containerToken, file.name);
@@ -205,7 +187,7 @@ export class App implements Frame {
             await opening.show(as);
             if (!this.stage.reveal(view)) return;
             clearTimeout(this.busyTimer);
-            this.announce(this.screen, opening.viewer);
+            announce(this.screen, this.strip.name, opening.viewer);
             if (!file.containerToken) this.shell.ask('neighbours');
         } catch (error) {
             if (!view.abort.signal.aborted) this.take({ type: 'failed', file, message: sentenceOf(error) });
@@ -243,7 +225,7 @@ export class App implements Frame {
         this.stage.show('body deep', (host, signal) => {
             const table = showListing(host, signal, this.browser, {
                 status: text => this.strip.status(text),
-                copyPath: entry => void this.copy(entryPath(container, entry.name), 'Path'),
+                copyPath: entry => void this.copying.text(entryPath(container, entry.name), 'Path'),
                 details: () => this.details.toggle(),
                 selected: entry => this.details.show(factsOfEntry(entry, container.path)),
             });
@@ -276,7 +258,7 @@ export class App implements Frame {
     }
 
     private showTrail(token: string | undefined, document?: string): void {
-        this.trail.show(placeOf(this.browser, token, document, path => void this.copy(path, 'Path')));
+        this.trail.show(placeOf(this.browser, token, document, path => void this.copying.text(path, 'Path')));
     }
 
     /** The shell has listed the folder of a file that was opened by itself; its neighbours can be stepped to. */
@@ -296,26 +278,19 @@ export class App implements Frame {
         openMenu(this.more, 'More', this.menu());
     }
 
-    /** The ways of showing what stands, the ways out of it, and what works everywhere. */
     private menu(): MenuGroups {
-        const { opening, shell } = this;
-        const file = opening?.file ?? (this.screen.view === 'error' ? this.screen.file : undefined);
-        const now = this.screen.view === 'error' ? null : (opening?.viewer ?? null);
-        const ways = file ? waysToShow(file, opening?.chosen ?? 'hex') : [];
-        const out = shell.menu();
-        const copyPath = this.path() === null ? [] : [{ label: 'Copy path', run: () => void this.copyPath() }];
-        return [
-            ways.map(way => ({
-                label: `Show as ${labelOf(way).toLowerCase()}`,
-                checked: way === now,
-                run: () => this.showAs(way),
-            })),
-            file ? [...out, ...copyPath] : copyPath,
-            [
-                ...(file ? [{ label: 'Reload', keys: 'F5', run: () => this.reload() }] : []),
-                { label: 'Keys', keys: 'F1', run: () => this.help() },
-            ],
-        ];
+        const { screen, opening, copying, shell } = this;
+        const file = opening?.file ?? (screen.view === 'error' ? screen.file : undefined);
+        const shown = screen.view === 'error' ? null : (opening?.viewer ?? null);
+        return documentMenu(
+            { file, shown, chosen: opening?.chosen ?? 'hex', out: shell.menu(), hasPath: copying.path() !== null },
+            {
+                showAs: way => this.showAs(way),
+                copyPath: () => void copying.copyPath(),
+                reload: () => this.reload(),
+                help: () => this.help(),
+            },
+        );
     }
 
     private showAs(viewer: ViewerName): void {
@@ -338,40 +313,8 @@ export class App implements Frame {
         else if (screen.view === 'document' && !this.shell.ask('reload')) void this.presentDocument(screen.file);
     }
 
-    /** The full path of what is shown, where the page knows it. */
-    private path(): string | null {
-        const { listing, opened } = this.browser,
-            { screen } = this;
-        if (listing && screen.view === 'list') return listing.path;
-        if (listing && opened) return entryPath(listing, opened.name);
-        return screen.view === 'document' ? screen.file.name : null;
-    }
-
-    /** What Ctrl+C means when no text is selected; the clipboard is never emptied. */
     copySomething(): void {
-        const source = this.opening?.copySource();
-        if (source) void this.copy(source.text, source.what);
-        else void this.copyPath();
-    }
-
-    private async copyPath(): Promise<void> {
-        const path = this.path();
-        if (path === null) return;
-        if (this.browser.opened === null && this.screen.view === 'document' && this.shell.ask('copy-path')) {
-            return this.strip.status('Path copied');
-        }
-        await this.copy(path, path.includes('/') ? 'Path' : 'Name');
-    }
-
-    private async copy(text: string, what: string): Promise<void> {
-        this.strip.status((await copyText(text)) ? `${what} copied` : `${what} could not be copied.`);
-    }
-
-    /** The engine would put an empty text in place of what the user had copied before. */
-    private guardClipboard(event: ClipboardEvent): void {
-        if (isEditable(event.target) || getSelection()?.toString()) return;
-        event.preventDefault();
-        event.stopImmediatePropagation();
+        this.copying.something(this.opening?.copySource());
     }
 
     private sideButtons(event: MouseEvent): void {
@@ -393,13 +336,8 @@ export class App implements Frame {
         if (event.defaultPrevented || (isEditable(event.target) && event.target instanceof HTMLInputElement)) return;
         event.preventDefault();
         const text = getSelection()?.toString() ?? '';
-        const copySelected = { label: 'Copy', keys: 'Ctrl C', run: () => void this.copy(text, 'Selection') };
+        const copySelected = { label: 'Copy', keys: 'Ctrl C', run: () => void this.copying.text(text, 'Selection') };
         const groups = [...(text ? [[copySelected]] : []), ...(this.strip.name ? this.menu() : [])];
         if (groups.length > 0) openMenu({ x: event.clientX, y: event.clientY }, 'Document', groups);
     }
-}
-
-function whatFailed(kind: Kind, name: string): string {
-    if (kind.family === 'archive') return 'This archive could not be opened';
-    return extensionOf(name) ? 'This file could not be shown' : 'This item could not be opened';
 }

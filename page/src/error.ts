@@ -2,6 +2,7 @@ import { adviceFor, SESSION_EXPIRED } from './advice';
 import { post } from './bridge';
 import { copyText } from './clipboard';
 import { el, icon } from './dom';
+import { extensionOf, type Kind } from './kinds';
 
 export interface ErrorSpec {
     what: string;
@@ -83,4 +84,10 @@ export function showError(host: HTMLElement, spec: ErrorSpec): void {
             ),
         ),
     );
+}
+
+/** The heading of the card. */
+export function whatFailed(kind: Kind, name: string): string {
+    if (kind.family === 'archive') return 'This archive could not be opened';
+    return extensionOf(name) ? 'This file could not be shown' : 'This item could not be opened';
 }

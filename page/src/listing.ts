@@ -1,9 +1,10 @@
 import type { Entry } from './bridge';
 import type { Browser } from './browser';
 import { el, icon } from './dom';
-import { formatCount, formatDate, formatSize } from './format';
+import { entryName, entryRow } from './entryrow';
+import { formatCount } from './format';
 import { answer, type Keymap } from './keys';
-import { isArchive, kindOfEntry } from './kinds';
+import { isArchive } from './kinds';
 import { openMenu } from './menu';
 import { type Column, filterByName, findTyped, firstDirection } from './sorting';
 import { VirtualRows } from './virtualrows';
@@ -146,44 +147,7 @@ class ListingView {
     }
 
     private row(index: number): HTMLElement {
-        const entry = this.entries[index]!,
-            kind = kindOfEntry(entry),
-            reason = entry.blockedReason;
-        const name = el('div', { role: 'gridcell' }, icon(kind.icon, kind.family), this.name(entry, index));
-        const cells = reason
-            ? [el('span', { class: 'why', role: 'gridcell' }, icon('lock', 's'), el('q', { title: reason }, reason))]
-            : [
-                  el('span', { class: 'col-kind', role: 'gridcell' }, kind.label),
-                  el('span', { class: 'col-size', role: 'gridcell' }, entry.isDirectory ? '—' : formatSize(entry.size)),
-                  el('span', { class: 'col-modified', role: 'gridcell' }, formatDate(entry.modified)),
-              ];
-        const selected = index === this.selected;
-        return el(
-            'div',
-            {
-                class: `row${reason ? ' off' : ''}${selected ? ' sel' : ''}`,
-                role: 'row',
-                id: `row-${index}`,
-                'data-index': index,
-                'aria-rowindex': index + 2,
-                'aria-selected': String(selected),
-                'aria-disabled': reason ? 'true' : undefined,
-            },
-            name,
-            ...cells,
-        );
-    }
-
-    /** The name, with the letters typed so far marked on the row they led to. */
-    private name(entry: Entry, index: number): HTMLElement {
-        const marked =
-            index === this.selected && entry.name.toLocaleLowerCase().startsWith(this.typed) ? this.typed.length : 0;
-        return el(
-            'b',
-            { title: entry.name },
-            marked > 0 && el('em', {}, entry.name.slice(0, marked)),
-            entry.name.slice(marked),
-        );
+        return entryRow(this.entries[index]!, index, index === this.selected, this.typed);
     }
 
     private select(index: number): void {
@@ -194,7 +158,7 @@ class ListingView {
             const row = this.rows.at(at);
             row?.classList.toggle('sel', at === index);
             row?.setAttribute('aria-selected', String(at === index));
-            row?.querySelector('b')?.replaceWith(this.name(this.entries[at]!, at));
+            row?.querySelector('b')?.replaceWith(entryName(this.entries[at]!, at === this.selected ? this.typed : ''));
         }
         this.grid.setAttribute('aria-activedescendant', `row-${index}`);
         this.page.selected(this.entries[index]!);
