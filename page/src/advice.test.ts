@@ -17,9 +17,9 @@ const messages = readFileSync(join(root, 'containers/ContainerMessages.h'), 'utf
 const declared = [...messages.matchAll(/(\w+) =\s*"((?:[^"\\]|\\.)*)"/g)].map(
     ([, name = '', text = '']) => [name, unescaped(text)] as const,
 );
-const failures = [...shell.matchAll(/(?:FileFailure|ContainerError|sendError|Failure = |Failure{)[^;]*?"([A-Z][^"]*\.)"/g)].map(
-    ([, text = '']) => text,
-);
+const failures = [
+    ...shell.matchAll(/(?:FileFailure|ContainerError|sendError|Failure = |Failure{)[^;]*?"([A-Z][^"]*\.)"/g),
+].map(([, text = '']) => text);
 const never = new Set(['Invalid byte range.', 'Unsatisfiable byte range.', 'Invalid local file response.', CANCELLED]);
 
 describe('the shell may say', () => {
