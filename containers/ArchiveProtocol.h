@@ -8,9 +8,10 @@
 
 namespace quillmere {
 
-/// What the archive helper program says to its reader, over one pipe: frames of a length, a kind and a body, in the
-/// machine's own byte order. Nothing that comes in is trusted: every length is bounded before it is used. The helper is
-/// told what to read by one message on a socket (SOCK_SEQPACKET), which carries the archive's descriptor along.
+/// What the archive reader program says to the one who asked, over one pipe: frames of a length, a kind and a body, in
+/// the machine's own byte order. Nothing that comes in is trusted: every length is bounded before it is used. The
+/// program is told what to read by one message on a socket (SOCK_SEQPACKET), which carries the archive's descriptor
+/// along.
 namespace archiveProtocol {
 
 enum class Kind : unsigned char {

@@ -4,8 +4,8 @@
 #include "base/Errors.h"
 #include "base/Json.h"
 #include "containers/ContainerBrowser.h"
-#include "containers/LibarchiveReader.h"
 #include "fuzz/Require.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // An odd size reads as a single compressed file too.
     const FileUrl archive = work.file(size % 2 == 0 ? "a.zip" : "a.gz");
     std::ofstream(archive.filesystemPath(), std::ios::binary) << fuzz::textOf(data, size);
-    // Long work is no finding here: inside the helper program it is stopped.
+    // Long work is no finding here: inside the reader program it is stopped.
     const auto started = steadyNow();
     const CancellationTest cancelled = [started] { return steadyNow() - started > std::chrono::seconds(2); };
     ContainerBrowser browser(work.file("cache"), {.readers = LibarchiveReader::factory()});

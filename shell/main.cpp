@@ -1,5 +1,5 @@
 #include "base/Errors.h"
-#include "containers/HelperArchiveReader.h"
+#include "containers/ConfinedArchiveReader.h"
 #include "platform/common/EndOfProgram.h"
 #include "platform/common/ProcessRegistry.h"
 #include "platform/gtk/DesktopPlatform.h"
@@ -41,7 +41,7 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
                 [program = system.bundle.helper("quillmere-archive-reader")](const FileUrl& cache) {
                     return std::make_shared<ContainerBrowser>(
                         cache,
-                        ContainerBrowser::Options{.readers = HelperArchiveReader::factory({.program = program})});
+                        ContainerBrowser::Options{.readers = ConfinedArchiveReader::factory({.program = program})});
                 },
             .log = writeLog};
 }

@@ -4,9 +4,9 @@
 // are made in a temporary folder.
 
 #include "base/Json.h"
+#include "containers/ConfinedArchiveReader.h"
 #include "containers/ContainerBrowser.h"
-#include "containers/HelperArchiveReader.h"
-#include "containers/LibarchiveReader.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 #include "platform/common/ChildProcess.h"
 
 #include <algorithm>
@@ -163,7 +163,7 @@ public:
         folder_ = FileUrl(pattern);
         browser_ = std::make_unique<ContainerBrowser>(
             folder_.appending("cache"),
-            ContainerBrowser::Options{.readers = HelperArchiveReader::factory({.program = FileUrl(ARCHIVE_HELPER)})});
+            ContainerBrowser::Options{.readers = ConfinedArchiveReader::factory({.program = FileUrl(ARCHIVE_READER)})});
     }
     ~Bench() {
         browser_.reset();
@@ -205,7 +205,7 @@ public:
         writeArchive(file, "zip", nullptr);
         const auto never = [] { return false; };
         ContainerBrowser browser(folder_.appending("cache"),
-                                 {.readers = HelperArchiveReader::factory({.program = FileUrl(ARCHIVE_HELPER)})});
+                                 {.readers = ConfinedArchiveReader::factory({.program = FileUrl(ARCHIVE_READER)})});
         const auto before = mallinfo2().uordblks;
         const auto token = *stringField(browser.browse(file, std::nullopt, std::nullopt, never), "token");
         std::printf("a session with %d nodes: %.1f MB\n", entryCount,

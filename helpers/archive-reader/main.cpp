@@ -3,7 +3,7 @@
 // (ArchiveProtocol.h): for all entries each header followed by "skipped", for one entry its header and its data.
 
 #include "containers/ArchiveProtocol.h"
-#include "containers/LibarchiveReader.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 #include "helpers/archive-reader/Lockdown.h"
 #include "helpers/archive-reader/Outbox.h"
 

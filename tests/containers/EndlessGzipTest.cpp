@@ -25,7 +25,7 @@ std::string unpacked(std::string file) {
     return bytes;
 }
 
-class EndlessGzip : public Sandbox {
+class EndlessGzip : public ContainerFixture {
 protected:
     /// The reading time never ends by itself: whatever stops the reading is not the clock.
     void stopClock() {

@@ -1,7 +1,7 @@
 #include "tests/containers/Fixtures.h"
 
 #include "base/Errors.h"
-#include "containers/HelperArchiveReader.h"
+#include "containers/ConfinedArchiveReader.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -227,46 +227,46 @@ std::string text(const JsonObject& record, std::string_view key) {
     return stringField(record, key).value_or("(none)");
 }
 
-Sandbox::Sandbox() : folder_("/") {
+ContainerFixture::ContainerFixture() : folder_("/") {
     std::string pattern = (fs::temp_directory_path() / "quillmere-containers-XXXXXX").native();
     if (!mkdtemp(pattern.data()))
         throw std::runtime_error("no temporary folder");
     folder_ = FileUrl(pattern).resolvingSymlinks();
-    useReaders(helper());
+    useReaders(confinedReaders());
 }
 
-Sandbox::~Sandbox() {
+ContainerFixture::~ContainerFixture() {
     browser_.reset();
     std::error_code error;
     fs::remove_all(folder_.filesystemPath(), error);
 }
 
-ArchiveReaderFactory Sandbox::helper() {
-    return HelperArchiveReader::factory({.program = FileUrl(ARCHIVE_HELPER)});
+ArchiveReaderFactory ContainerFixture::confinedReaders() {
+    return ConfinedArchiveReader::factory({.program = FileUrl(ARCHIVE_READER)});
 }
 
-void Sandbox::useReaders(ArchiveReaderFactory readers) {
+void ContainerFixture::useReaders(ArchiveReaderFactory readers) {
     browser_ = std::make_unique<ContainerBrowser>(
         path("cache"), ContainerBrowser::Options{.readers = std::move(readers), .now = [this] { return clock_(); }});
 }
 
-FileUrl Sandbox::write(std::string_view name, std::string_view bytes) const {
+FileUrl ContainerFixture::write(std::string_view name, std::string_view bytes) const {
     const FileUrl file = path(name);
     std::ofstream(file.filesystemPath(), std::ios::binary) << bytes;
     return file;
 }
 
-FileUrl Sandbox::makeFolder(std::string_view name) const {
+FileUrl ContainerFixture::makeFolder(std::string_view name) const {
     fs::create_directories(path(name).filesystemPath());
     return path(name);
 }
 
-std::string Sandbox::contentsOf(const FileUrl& file) {
+std::string ContainerFixture::contentsOf(const FileUrl& file) {
     std::ifstream stream(file.filesystemPath(), std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-ContainerOpenResult Sandbox::open(const JsonObject& listing, std::string_view name) {
+ContainerOpenResult ContainerFixture::open(const JsonObject& listing, std::string_view name) {
     const auto* entry = entryNamed(listing, name);
     if (!entry)
         throw std::runtime_error("no entry named " + std::string(name));

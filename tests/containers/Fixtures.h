@@ -49,10 +49,10 @@ std::vector<std::string> namesOf(const JsonObject& listing);
 std::string text(const JsonObject& record, std::string_view key);
 
 /// A folder of its own with a browser that keeps its cache in it.
-class Sandbox : public ::testing::Test {
+class ContainerFixture : public ::testing::Test {
 protected:
-    Sandbox();
-    ~Sandbox() override;
+    ContainerFixture();
+    ~ContainerFixture() override;
 
     FileUrl path(std::string_view name) const { return folder_.appending(name); }
     FileUrl write(std::string_view name, std::string_view bytes) const;
@@ -60,7 +60,7 @@ protected:
     static std::string contentsOf(const FileUrl& file);
 
     void useReaders(ArchiveReaderFactory readers);
-    static ArchiveReaderFactory helper();
+    static ArchiveReaderFactory confinedReaders();
 
     JsonObject browse(const FileUrl& url, std::optional<std::string> parent = {}) {
         return browser_->browse(url, parent, std::nullopt, never_);

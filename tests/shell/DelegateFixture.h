@@ -1,6 +1,6 @@
 #pragma once
 
-#include "containers/LibarchiveReader.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "shell/QuillmereDelegate.h"
 #include "tests/support/Sandbox.h"

@@ -39,13 +39,13 @@ private:
     Change change_;
 };
 
-class Opening : public Sandbox {
+class EntryExtraction : public ContainerFixture {
 protected:
     /// Readers that change the facts only while a listing is made, or only while an entry is extracted.
     void changeFacts(bool extracting, ChangedReader::Change change) {
         useReaders([=](ArchiveRequest request) -> std::unique_ptr<ArchiveReader> {
             const bool applies = request.only.has_value() == extracting;
-            auto real = helper()(std::move(request));
+            auto real = confinedReaders()(std::move(request));
             if (!applies)
                 return real;
             return std::make_unique<ChangedReader>(std::move(real), change);
@@ -53,7 +53,7 @@ protected:
     }
 };
 
-TEST_F(Opening, EntryIsExtractedOnceIntoAPrivatePlace) {
+TEST_F(EntryExtraction, EntryIsExtractedOnceIntoAPrivatePlace) {
     const auto listing =
         browse(write("a.tar", tarOf({{.name = "a.txt", .data = "first"}, {.name = "b", .data = "2"}})));
     const auto opened = document(listing, "a.txt");
@@ -73,7 +73,7 @@ TEST_F(Opening, EntryIsExtractedOnceIntoAPrivatePlace) {
     EXPECT_EQ(failureOf([&] { open(listing, "a.txt"); }), itemReplaced);
 }
 
-TEST_F(Opening, LongNamesAreShortened) {
+TEST_F(EntryExtraction, LongNamesAreShortened) {
     const std::string longest = std::string(236, 'n') + ".pdf";
     const std::string tooLong = "n" + longest;
     const std::string odd = std::string(230, 'n') + ".abcdefghijklmnopqrst";
@@ -91,7 +91,7 @@ TEST_F(Opening, LongNamesAreShortened) {
     }
 }
 
-TEST_F(Opening, ArchivesInsideOpenAsSessions) {
+TEST_F(EntryExtraction, ArchivesInsideOpenAsSessions) {
     const auto inner = zipOf({{.name = "note.txt", .data = "deep"}});
     makeFolder("dir");
     write("dir/in.tar", tarOf({{.name = "x/inner.zip", .data = inner}}));
@@ -106,7 +106,7 @@ TEST_F(Opening, ArchivesInsideOpenAsSessions) {
     EXPECT_FALSE(fs::exists(sessionCache(zip).filesystemPath()));
 }
 
-TEST_F(Opening, SizesMustBeWhatWasDeclared) {
+TEST_F(EntryExtraction, SizesMustBeWhatWasDeclared) {
     const auto bytes = zipOf({{.name = "a", .data = std::string(100, 'a')}});
     for (const auto& [declared, failure] : {std::pair{99, entryTooLong}, {101, entryTruncated}, {100, ""}}) {
         changeFacts(false, [size = declared](EntryFacts& facts) { facts.size = size; });
@@ -117,7 +117,7 @@ TEST_F(Opening, SizesMustBeWhatWasDeclared) {
     }
 }
 
-TEST_F(Opening, RawDataIsCappedToo) {
+TEST_F(EntryExtraction, RawDataIsCappedToo) {
     // 257 MiB of one letter pack small; nothing is declared.
     const auto packed = archiveOf("raw", "lz4", {{.name = "data", .data = std::string(257U << 20U, 'x')}});
     const auto listing = browse(write("large.gz", packed));
@@ -125,7 +125,7 @@ TEST_F(Opening, RawDataIsCappedToo) {
     EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
 }
 
-TEST_F(Opening, EntryMustStillBeTheOneListed) {
+TEST_F(EntryExtraction, EntryMustStillBeTheOneListed) {
     const auto bytes = tarOf({{.name = "a", .data = "x"}, {.name = "b", .data = "y"}});
     const std::pair<const char*, ChangedReader::Change> changes[] = {
         {"path", [](EntryFacts& facts) { facts.name = "c"; }},
@@ -142,7 +142,7 @@ TEST_F(Opening, EntryMustStillBeTheOneListed) {
     }
 }
 
-TEST_F(Opening, ArchiveThatShrankUnseenHasNoEntry) {
+TEST_F(EntryExtraction, ArchiveThatShrankUnseenHasNoEntry) {
     const auto file = write("a.tar", tarOf({{.name = "a", .data = "x"}, {.name = "b", .data = "y"}}));
     const auto when = fs::last_write_time(file.filesystemPath());
     const auto listing = browse(file);
@@ -154,7 +154,7 @@ TEST_F(Opening, ArchiveThatShrankUnseenHasNoEntry) {
     EXPECT_EQ(failureOf([&] { open(listing, "b"); }), entryGone);
 }
 
-TEST_F(Opening, ArchiveThatChangesMeanwhileIsNotServed) {
+TEST_F(EntryExtraction, ArchiveThatChangesMeanwhileIsNotServed) {
     const auto bytes = zipOf({{.name = "a", .data = std::string(200'000, 'a')}});
     const auto file = path("a.zip").filesystemPath();
     const struct {
@@ -172,7 +172,7 @@ TEST_F(Opening, ArchiveThatChangesMeanwhileIsNotServed) {
             fs::remove(file);
             return browse(write("a.zip", bytes));
         };
-        useReaders(helper());
+        useReaders(confinedReaders());
         const auto listing = browsed();
         change();
         EXPECT_EQ(failureOf([&] { open(listing, "a"); }), failure);
@@ -185,7 +185,7 @@ TEST_F(Opening, ArchiveThatChangesMeanwhileIsNotServed) {
     }
 }
 
-TEST_F(Opening, DamagedDataFailsAndLeavesNothing) {
+TEST_F(EntryExtraction, DamagedDataFailsAndLeavesNothing) {
     std::string bytes = archiveOf("zip", "none", {{.name = "a", .data = std::string(50'000, 'a')}});
     bytes.replace(60, 4, "\xff\xff\xff\xff");
     const auto listing = browse(write("a.zip", bytes));
@@ -193,7 +193,7 @@ TEST_F(Opening, DamagedDataFailsAndLeavesNothing) {
     EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
 }
 
-TEST_F(Opening, CacheThatCannotBeWrittenIsReported) {
+TEST_F(EntryExtraction, CacheThatCannotBeWrittenIsReported) {
     const auto listing = browse(write("a.zip", zipOf({{.name = "a", .data = "x"}})));
     const auto elsewhere = makeFolder("elsewhere");
     makeFolder("cache");
@@ -225,7 +225,7 @@ private:
     void (*handler_)(int);
 };
 
-TEST_F(Opening, EntryThatCannotBeWrittenLeavesNothing) {
+TEST_F(EntryExtraction, EntryThatCannotBeWrittenLeavesNothing) {
     const auto listing = browse(write("a.zip", zipOf({{.name = "a", .data = std::string(300'000, 'a')}})));
     {
         const FileSizeLimit limit(100'000);
@@ -235,7 +235,7 @@ TEST_F(Opening, EntryThatCannotBeWrittenLeavesNothing) {
     EXPECT_EQ(contentsOf(document(listing, "a").file).size(), 300'000U);
 }
 
-TEST_F(Opening, UnknownIdsAndTokens) {
+TEST_F(EntryExtraction, UnknownIdsAndTokens) {
     const auto listing = browse(makeFolder("dir"));
     EXPECT_EQ(failureOf([&] { browser_->open(text(listing, "token"), "nothing", never_); }), itemGone);
     EXPECT_EQ(failureOf([&] { browser_->open("nothing", "nothing", never_); }), sessionExpired);

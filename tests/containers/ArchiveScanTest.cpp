@@ -1,6 +1,6 @@
 #include "containers/ArchiveScan.h"
 #include "containers/ContainerMessages.h"
-#include "containers/LibarchiveReader.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 #include "tests/containers/Fixtures.h"
 
 #include <filesystem>
@@ -117,16 +117,16 @@ std::vector<Row> rows() {
     };
 }
 
-class ArchiveRules : public Sandbox {};
+class ArchiveScans : public ContainerFixture {};
 
-TEST_F(ArchiveRules, ScanTakesOrRefusesTheWholeArchive) {
+TEST_F(ArchiveScans, ScanTakesOrRefusesTheWholeArchive) {
     for (const bool inProcess : {false, true}) {
         for (const auto& row : rows()) {
-            // Only the helper is kept from running programs.
+            // Only the confined reader is kept from running programs.
             if (inProcess && std::string_view(row.label) == "external filter")
                 continue;
-            SCOPED_TRACE(std::string(row.label) + (inProcess ? ", in process" : ", by the helper"));
-            useReaders(inProcess ? LibarchiveReader::factory() : helper());
+            SCOPED_TRACE(std::string(row.label) + (inProcess ? ", in process" : ", confined"));
+            useReaders(inProcess ? LibarchiveReader::factory() : confinedReaders());
             const FileUrl file = write(row.file, row.bytes);
             const std::string failure = failureOf([&] { browse(file); });
             if (row.failure.empty())
@@ -137,7 +137,7 @@ TEST_F(ArchiveRules, ScanTakesOrRefusesTheWholeArchive) {
     }
 }
 
-TEST_F(ArchiveRules, ArchiveSizeIsLimited) {
+TEST_F(ArchiveScans, ArchiveSizeIsLimited) {
     const FileUrl file = write("a.tar", "");
     std::filesystem::resize_file(file.filesystemPath(), 1'073'741'824);
     EXPECT_EQ(failureOf([&] { browse(file); }), "");
@@ -145,7 +145,7 @@ TEST_F(ArchiveRules, ArchiveSizeIsLimited) {
     EXPECT_EQ(failureOf([&] { browse(file); }), archiveTooLarge);
 }
 
-TEST_F(ArchiveRules, EntriesAreBlockedForTheirOwnReasons) {
+TEST_F(ArchiveScans, EntriesAreBlockedForTheirOwnReasons) {
     struct Case {
         const char* label;
         std::string bytes;
@@ -172,7 +172,7 @@ TEST_F(ArchiveRules, EntriesAreBlockedForTheirOwnReasons) {
     }
 }
 
-TEST_F(ArchiveRules, TreeHoldsEntriesAndImpliedFolders) {
+TEST_F(ArchiveScans, TreeHoldsEntriesAndImpliedFolders) {
     auto root = browse(write("a.tar", tarOf({{.name = "./", .type = '5'},
                                              {.name = "./docs/img/a.PNG", .data = "12345"},
                                              {.name = "./docs/", .type = '5'},
@@ -188,7 +188,7 @@ TEST_F(ArchiveRules, TreeHoldsEntriesAndImpliedFolders) {
     EXPECT_EQ(entryNamed(img, "a.PNG")->at("size").as_int64(), 5);
 }
 
-TEST_F(ArchiveRules, FormatsListAndExtract) {
+TEST_F(ArchiveScans, FormatsListAndExtract) {
     const char* const formats[][2] = {{"zip", "none"}, {"7zip", "none"}, {"iso9660", "none"}, {"cpio", "none"},
                                       {"pax", "gzip"}, {"pax", "xz"},    {"gnutar", "bzip2"}, {"pax", "lz4"}};
     for (const auto& [format, filter] : formats) {
@@ -200,7 +200,7 @@ TEST_F(ArchiveRules, FormatsListAndExtract) {
     }
 }
 
-TEST_F(ArchiveRules, SingleCompressedFileIsOneEntry) {
+TEST_F(ArchiveScans, SingleCompressedFileIsOneEntry) {
     const auto gzip = archiveOf("raw", "gzip", {{.name = "data", .data = "words"}});
     const auto listing = browse(write("notes.txt.gz", gzip));
     ASSERT_THAT(namesOf(listing), ElementsAre("notes.txt"));
@@ -210,7 +210,7 @@ TEST_F(ArchiveRules, SingleCompressedFileIsOneEntry) {
     EXPECT_THAT(failureOf([&] { browse(write("notes.tgz", gzip)); }), StartsWith(readFailurePrefix));
 }
 
-TEST_F(ArchiveRules, DamagedFilesUnderEveryExtensionFailWithASentence) {
+TEST_F(ArchiveScans, DamagedFilesUnderEveryExtensionFailWithASentence) {
     const std::string whole[] = {zipOf({{.name = "a", .data = std::string(900, 'a')}}),
                                  archiveOf("7zip", "none", {{.name = "a", .data = std::string(900, 'a')}}),
                                  archiveOf("pax", "gzip", {{.name = "a", .data = std::string(900, 'a')}}),
@@ -227,7 +227,7 @@ TEST_F(ArchiveRules, DamagedFilesUnderEveryExtensionFailWithASentence) {
                 EXPECT_TRUE(failure.empty() || failure.starts_with(readFailurePrefix) || failure == unknownSize)
                     << failure;
             }
-        useReaders(helper());
+        useReaders(confinedReaders());
         const bool isRaw = rawFormatOf(path(file)) == RawFormat::accepted;
         EXPECT_THAT(failureOf([&] { browse(write(file, std::string(3'000, 'g'))); }),
                     StartsWith(isRaw ? "" : readFailurePrefix));

@@ -1,4 +1,4 @@
-#include "containers/HelperArchiveReader.h"
+#include "containers/ConfinedArchiveReader.h"
 
 #include "base/Clock.h"
 
@@ -21,32 +21,32 @@ constexpr size_t incomingBytes = 1 << 18;
 
 } // namespace
 
-HelperArchiveReader::HelperArchiveReader(std::shared_ptr<ArchiveHelpers> helpers, std::chrono::milliseconds silence,
-                                         ArchiveRequest request)
-    : helpers_(std::move(helpers)), silence_(silence), pulse_(std::move(request.pulse)),
-      helper_(helpers_->employ(request)) {}
+ConfinedArchiveReader::ConfinedArchiveReader(std::shared_ptr<ReaderProcesses> processes,
+                                             std::chrono::milliseconds silence, ArchiveRequest request)
+    : processes_(std::move(processes)), silence_(silence), pulse_(std::move(request.pulse)),
+      process_(processes_->employ(request)) {}
 
-HelperArchiveReader::~HelperArchiveReader() {
+ConfinedArchiveReader::~ConfinedArchiveReader() {
     dismiss();
 }
 
-void HelperArchiveReader::dismiss() noexcept {
-    if (helper_)
-        helpers_->dismiss(std::move(*helper_));
-    helper_.reset();
+void ConfinedArchiveReader::dismiss() noexcept {
+    if (process_)
+        processes_->dismiss(std::move(*process_));
+    process_.reset();
 }
 
-ArchiveReaderFactory HelperArchiveReader::factory(const Helper& helper) {
-    return [helpers = std::make_shared<ArchiveHelpers>(helper.program),
-            silence = helper.silence](ArchiveRequest request) -> std::unique_ptr<ArchiveReader> {
-        return std::make_unique<HelperArchiveReader>(helpers, silence, std::move(request));
+ArchiveReaderFactory ConfinedArchiveReader::factory(const Options& options) {
+    return [processes = std::make_shared<ReaderProcesses>(options.program),
+            silence = options.silence](ArchiveRequest request) -> std::unique_ptr<ArchiveReader> {
+        return std::make_unique<ConfinedArchiveReader>(processes, silence, std::move(request));
     };
 }
 
-bool HelperArchiveReader::takeBytes() {
+bool ConfinedArchiveReader::takeBytes() {
     const SteadyTime lost = steadyNow() + silence_;
     for (;;) {
-        pollfd ready{.fd = helper_->answers.get(), .events = POLLIN, .revents = 0};
+        pollfd ready{.fd = process_->answers.get(), .events = POLLIN, .revents = 0};
         const int count = ::poll(&ready, 1, pollMilliseconds);
         pulse_();
         if (count < 0 && errno != EINTR)
@@ -59,7 +59,7 @@ bool HelperArchiveReader::takeBytes() {
     incoming_.resize(incomingBytes);
     ssize_t received = 0;
     do
-        received = ::read(helper_->answers.get(), incoming_.data(), incoming_.size());
+        received = ::read(process_->answers.get(), incoming_.data(), incoming_.size());
     while (received < 0 && errno == EINTR);
     if (received <= 0)
         return false;
@@ -67,7 +67,7 @@ bool HelperArchiveReader::takeBytes() {
     return true;
 }
 
-const Message* HelperArchiveReader::receive() {
+const Message* ConfinedArchiveReader::receive() {
     while (!over_) {
         const auto result = parser_.next(message_);
         if (result == Parser::Result::message && message_.kind != Kind::alive)
@@ -79,7 +79,7 @@ const Message* HelperArchiveReader::receive() {
     return nullptr;
 }
 
-ArchiveReader::Outcome HelperArchiveReader::expect(Kind kind, EntryFacts* facts) {
+ArchiveReader::Outcome ConfinedArchiveReader::expect(Kind kind, EntryFacts* facts) {
     const Message* message = receive();
     if (!message)
         return Outcome::failed;
@@ -96,15 +96,15 @@ ArchiveReader::Outcome HelperArchiveReader::expect(Kind kind, EntryFacts* facts)
     return Outcome::failed;
 }
 
-ArchiveReader::Outcome HelperArchiveReader::next(EntryFacts& facts) {
+ArchiveReader::Outcome ConfinedArchiveReader::next(EntryFacts& facts) {
     return expect(Kind::header, &facts);
 }
 
-ArchiveReader::Outcome HelperArchiveReader::skip() {
+ArchiveReader::Outcome ConfinedArchiveReader::skip() {
     return expect(Kind::skipped, nullptr);
 }
 
-std::optional<size_t> HelperArchiveReader::read(std::span<char> buffer) {
+std::optional<size_t> ConfinedArchiveReader::read(std::span<char> buffer) {
     if (entryComplete_)
         return 0;
     if (data_.empty()) {

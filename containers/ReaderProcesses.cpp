@@ -1,4 +1,4 @@
-#include "containers/ArchiveHelpers.h"
+#include "containers/ReaderProcesses.h"
 
 #include "containers/ArchiveProtocol.h"
 #include "containers/ContainerMessages.h"
@@ -19,7 +19,7 @@ constexpr int pipeBytes = 1 << 20;
 
 } // namespace
 
-ArchiveHelper ArchiveHelpers::start() const {
+ReaderProcess ReaderProcesses::start() const {
     int sockets[2];
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets) != 0)
         throw std::system_error(errno, std::generic_category(), "socketpair");
@@ -37,42 +37,42 @@ ArchiveHelper ArchiveHelpers::start() const {
             .process = platform::ChildProcess(spec)};
 }
 
-std::optional<ArchiveHelper> ArchiveHelpers::takeReady() {
+std::optional<ReaderProcess> ReaderProcesses::takeReady() {
     const std::lock_guard hold(lock_);
     return std::exchange(ready_, std::nullopt);
 }
 
-ArchiveHelper ArchiveHelpers::employ(const ArchiveRequest& request) {
+ReaderProcess ReaderProcesses::employ(const ArchiveRequest& request) {
     // One that stood ready may have been killed meanwhile.
     auto ready = takeReady();
     if (ready && archiveProtocol::sendRequest(ready->requests.get(), request))
         return std::move(*ready);
     try {
-        ArchiveHelper helper = start();
-        if (archiveProtocol::sendRequest(helper.requests.get(), request))
-            return helper;
+        ReaderProcess fresh = start();
+        if (archiveProtocol::sendRequest(fresh.requests.get(), request))
+            return fresh;
     } catch (const std::system_error&) {
         throw ContainerError(messages::readerNotCreated);
     }
     throw ContainerError(messages::readerNotCreated);
 }
 
-void ArchiveHelpers::dismiss(ArchiveHelper helper) noexcept {
-    helper.process.kill();
+void ReaderProcesses::dismiss(ReaderProcess process) noexcept {
+    process.process.kill();
     const std::lock_guard hold(lock_);
     try {
-        leaving_.push_back(std::move(helper.process));
+        leaving_.push_back(std::move(process.process));
         wanted_ = true;
         if (!thread_.joinable())
             thread_ = std::thread([this] { prepare(); });
         changed_.notify_one();
     } catch (const std::exception&) {
-        // Without a thread each request starts a helper of its own.
+        // Without a thread each request starts a process of its own.
     }
 }
 
-/// Sees to the ends of helpers and starts the next, until the end of this object.
-void ArchiveHelpers::prepare() noexcept {
+/// Sees to the ends of processes and starts the next, until the end of this object.
+void ReaderProcesses::prepare() noexcept {
     std::unique_lock hold(lock_);
     for (;;) {
         changed_.wait(hold, [this] { return wanted_ || closing_; });
@@ -82,7 +82,7 @@ void ArchiveHelpers::prepare() noexcept {
         auto ended = std::exchange(leaving_, {});
         const bool isReady = ready_.has_value();
         hold.unlock();
-        std::optional<ArchiveHelper> next;
+        std::optional<ReaderProcess> next;
         try {
             if (!isReady)
                 next = start();
@@ -96,7 +96,7 @@ void ArchiveHelpers::prepare() noexcept {
     }
 }
 
-ArchiveHelpers::~ArchiveHelpers() {
+ReaderProcesses::~ReaderProcesses() {
     {
         const std::lock_guard hold(lock_);
         closing_ = true;

@@ -31,14 +31,14 @@ std::string deflateOf(const std::string& bytes) {
     return gzip.substr(10, gzip.size() - 18);
 }
 
-class Bombs : public Sandbox {
+class ArchiveBombs : public ContainerFixture {
 protected:
     void expectNothingLeft(const JsonObject& listing) const {
         EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
     }
 };
 
-TEST_F(Bombs, DataWithoutADeclaredSizeStopsAtTheLargestFile) {
+TEST_F(ArchiveBombs, DataWithoutADeclaredSizeStopsAtTheLargestFile) {
     // Packed pieces in a row are one stream, of 256 MiB and a piece. Only zeros would be an empty tar.
     const std::string ones(8 * mebibyte, '1');
     for (const auto& [filter, name] :
@@ -50,7 +50,7 @@ TEST_F(Bombs, DataWithoutADeclaredSizeStopsAtTheLargestFile) {
     }
 }
 
-TEST_F(Bombs, PackedArchivesAreHeldToTheirExpansion) {
+TEST_F(ArchiveBombs, PackedArchivesAreHeldToTheirExpansion) {
     for (const char* filter : {"gzip", "bzip2", "xz", "zstd"}) {
         const auto bytes = packed(filter, tarOf({{.name = "a", .declared = 500ULL * mebibyte + 1}}));
         EXPECT_EQ(failureOf([&] { browse(write("a.tgz", bytes)); }), expansionRatio) << filter;
@@ -62,7 +62,7 @@ TEST_F(Bombs, PackedArchivesAreHeldToTheirExpansion) {
     EXPECT_EQ(failureOf([&] { open(listing, "a"); }), blockedTooLarge);
 }
 
-TEST_F(Bombs, LargerArchivesMayHoldFiveHundredTimesTheirSize) {
+TEST_F(ArchiveBombs, LargerArchivesMayHoldFiveHundredTimesTheirSize) {
     constexpr uint32_t padding = 2'000'000;
     const auto zip = [](uint32_t declared) {
         return zipOf({{.name = "a", .declared = declared, .method = deflated},
@@ -73,7 +73,7 @@ TEST_F(Bombs, LargerArchivesMayHoldFiveHundredTimesTheirSize) {
     EXPECT_EQ(failureOf([&] { browse(write("a.zip", zip(most + 1))); }), expansionRatio);
 }
 
-TEST_F(Bombs, ManyPackedMembersAddUp) {
+TEST_F(ArchiveBombs, ManyPackedMembersAddUp) {
     const auto deflate = deflateOf(std::string(8 * mebibyte, '\0'));
     std::vector<ZipMember> members;
     for (int i = 0; i < 63; ++i)
@@ -83,13 +83,13 @@ TEST_F(Bombs, ManyPackedMembersAddUp) {
     EXPECT_EQ(failureOf([&] { browse(write("a.zip", zipOf(members))); }), "");
 }
 
-TEST_F(Bombs, LargeMemberOfASmallArchiveIsBlocked) {
+TEST_F(ArchiveBombs, LargeMemberOfASmallArchiveIsBlocked) {
     const auto bytes = archiveOf("7zip", "none", {{.name = "a", .data = std::string(256 * mebibyte + 1, '\0')}});
     const auto listing = browse(write("a.7z", bytes));
     EXPECT_EQ(failureOf([&] { open(listing, "a"); }), blockedTooLarge);
 }
 
-TEST_F(Bombs, MemberThatHoldsMoreThanItDeclares) {
+TEST_F(ArchiveBombs, MemberThatHoldsMoreThanItDeclares) {
     const auto deflate = deflateOf(std::string(8 * mebibyte, '\0'));
     const auto listing =
         browse(write("a.zip", zipOf({{.name = "a", .data = deflate, .declared = 1'000, .method = deflated}})));
@@ -98,7 +98,7 @@ TEST_F(Bombs, MemberThatHoldsMoreThanItDeclares) {
     expectNothingLeft(listing);
 }
 
-TEST_F(Bombs, EndlessLayersOfCompressionAreRefused) {
+TEST_F(ArchiveBombs, EndlessLayersOfCompressionAreRefused) {
     std::string layers = "bottom";
     for (int i = 0; i < 40; ++i)
         layers = packed("gzip", layers);

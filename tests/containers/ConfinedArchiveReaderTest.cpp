@@ -1,5 +1,5 @@
+#include "containers/ConfinedArchiveReader.h"
 #include "containers/ContainerMessages.h"
-#include "containers/HelperArchiveReader.h"
 #include "tests/containers/Fixtures.h"
 
 #include <atomic>
@@ -18,10 +18,10 @@ namespace fs = std::filesystem;
 
 const std::string unreadable = std::string(readFailurePrefix) + corruptOrUnsupported;
 
-class HelperReader : public Sandbox {
+class ConfinedReader : public ContainerFixture {
 protected:
     void useLiar(std::chrono::milliseconds silence = std::chrono::seconds(10)) {
-        useReaders(HelperArchiveReader::factory({.program = FileUrl(LYING_HELPER), .silence = silence}));
+        useReaders(ConfinedArchiveReader::factory({.program = FileUrl(LYING_READER), .silence = silence}));
     }
     /// From half a second on, the reading time is over.
     void expireSoon() {
@@ -35,15 +35,15 @@ protected:
     }
 };
 
-/// All that a helper with the given environment (ours when absent) says about an archive.
-std::string answersOf(const char* helper, const std::optional<std::vector<std::string>>& environment,
+/// All that a reader with the given environment (ours when absent) says about an archive.
+std::string answersOf(const char* program, const std::optional<std::vector<std::string>>& environment,
                       const FileUrl& archive) {
     int sockets[2];
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets), 0);
     const FileDescriptor ours(sockets[0]);
     FileDescriptor theirs(sockets[1]);
     auto pipe = platform::makePipe();
-    platform::ProcessSpec spec{.executable = FileUrl(helper)};
+    platform::ProcessSpec spec{.executable = FileUrl(program)};
     spec.environment = environment;
     spec.descriptors = {{.ours = theirs.get(), .theirs = 0}, {.ours = pipe.writeEnd.get(), .theirs = 1}};
     platform::ChildProcess process(spec);
@@ -67,7 +67,7 @@ std::vector<pid_t> processesOf(const char* program) {
     return found;
 }
 
-TEST_F(HelperReader, LiesEndInTheReadFailure) {
+TEST_F(ConfinedReader, LiesEndInTheReadFailure) {
     useLiar();
     for (const char* lie : {"crash at once", "crash in the middle", "half a frame", "huge length", "garbage",
                             "wrong order", "data while listing", "no end", ""})
@@ -76,7 +76,7 @@ TEST_F(HelperReader, LiesEndInTheReadFailure) {
     EXPECT_EQ(failureOfListing("climbing name"), unsafePath);
 }
 
-TEST_F(HelperReader, LiesWhileExtractingLeaveNothing) {
+TEST_F(ConfinedReader, LiesWhileExtractingLeaveNothing) {
     useLiar();
     const std::pair<const char*, std::string> lies[] = {
         {"extract nothing", unreadable},   {"extract other", entryChanged},      {"extract endless", entryTooLong},
@@ -89,14 +89,14 @@ TEST_F(HelperReader, LiesWhileExtractingLeaveNothing) {
     }
 }
 
-TEST_F(HelperReader, SilenceIsAFailureAndSignsOfLifeAreNot) {
+TEST_F(ConfinedReader, SilenceIsAFailureAndSignsOfLifeAreNot) {
     useLiar(std::chrono::milliseconds(100));
     EXPECT_EQ(failureOfListing("silent"), unreadable);
     expireSoon();
     EXPECT_EQ(failureOfListing("busy"), tookTooLong);
 }
 
-TEST_F(HelperReader, CancellationEndsTheWait) {
+TEST_F(ConfinedReader, CancellationEndsTheWait) {
     useLiar();
     clock_ = [now = steadyNow()] { return now; }; // the reading time never ends
     for (const char* lie : {"silent", "busy"}) {
@@ -115,12 +115,12 @@ TEST_F(HelperReader, CancellationEndsTheWait) {
     }
 }
 
-TEST_F(HelperReader, MissingHelperIsReported) {
-    useReaders(HelperArchiveReader::factory({.program = path("no-such-program")}));
+TEST_F(ConfinedReader, MissingProgramIsReported) {
+    useReaders(ConfinedArchiveReader::factory({.program = path("no-such-program")}));
     EXPECT_EQ(failureOfListing(zipOf({})), readerNotCreated);
 }
 
-TEST_F(HelperReader, ArchivesThatNeverEndAreStopped) {
+TEST_F(ConfinedReader, ArchivesThatNeverEndAreStopped) {
     // One file is linked twice to the same place, which makes a ring of the reader's list.
     const std::string ring = xarOf("<?xml version=\"1.0\"?><xar><toc>"
                                    "<file id=\"1\"><name>a</name><type link=\"original\">file</type></file>"
@@ -139,7 +139,7 @@ TEST_F(HelperReader, ArchivesThatNeverEndAreStopped) {
     }
 }
 
-TEST_F(HelperReader, CancelledExtractionLeavesNothing) {
+TEST_F(ConfinedReader, CancelledExtractionLeavesNothing) {
     useLiar();
     const auto listing = browse(write("a.zip", "extract slowly"));
     int polls = 0;
@@ -151,27 +151,27 @@ TEST_F(HelperReader, CancelledExtractionLeavesNothing) {
     EXPECT_TRUE(fs::is_empty(sessionCache(listing).filesystemPath()));
 }
 
-TEST_F(HelperReader, OneHelperStandsReadyAndMayDie) {
+TEST_F(ConfinedReader, OneProcessStandsReadyAndMayDie) {
     useLiar();
-    const auto before = processesOf(LYING_HELPER).size();
+    const auto before = processesOf(LYING_READER).size();
     // Starting and ending take a moment.
     const auto becomes = [&](size_t count) {
         const auto deadline = steadyNow() + std::chrono::seconds(10);
-        while (processesOf(LYING_HELPER).size() != count && steadyNow() < deadline)
+        while (processesOf(LYING_READER).size() != count && steadyNow() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return processesOf(LYING_HELPER).size() == count;
+        return processesOf(LYING_READER).size() == count;
     };
     for (int i = 0; i < 3; ++i)
         failureOfListing("crash at once");
     ASSERT_TRUE(becomes(before + 1));
-    for (const pid_t process : processesOf(LYING_HELPER))
+    for (const pid_t process : processesOf(LYING_READER))
         ::kill(process, SIGKILL);
     ASSERT_TRUE(becomes(0));
     const auto listing = browse(write("a.zip", "extract short"));
-    EXPECT_TRUE(entryNamed(listing, "a")) << "a helper that died while it waited is replaced";
+    EXPECT_TRUE(entryNamed(listing, "a")) << "a reader that died while it waited is replaced";
 }
 
-TEST_F(HelperReader, FilterProgramsAreNotStarted) {
+TEST_F(ConfinedReader, FilterProgramsAreNotStarted) {
     const auto programs = makeFolder("programs");
     const auto witness = path("witness");
     write("programs/lzop", "#!/bin/sh\ntouch " + witness.path() + "\n");
@@ -180,8 +180,8 @@ TEST_F(HelperReader, FilterProgramsAreNotStarted) {
     setenv("PATH", (programs.path() + ":" + before).c_str(), 1);
     EXPECT_THAT(failureOfListing(std::string("\x89LZO\x00\x0d\x0a\x1a\x0a 1234567890", 20)),
                 ::testing::StartsWith(readFailurePrefix));
-    // The same with the helper itself given that path.
-    const auto answers = answersOf(ARCHIVE_HELPER, std::nullopt, path("a.zip"));
+    // The same with the program itself given that path.
+    const auto answers = answersOf(ARCHIVE_READER, std::nullopt, path("a.zip"));
     EXPECT_FALSE(answers.empty());
     setenv("PATH", before.c_str(), 1);
     EXPECT_FALSE(fs::exists(witness.filesystemPath()));

@@ -12,7 +12,7 @@ using namespace messages;
 using ::testing::ElementsAre;
 namespace fs = std::filesystem;
 
-class Sessions : public Sandbox {
+class ContainerSessions : public ContainerFixture {
 protected:
     bool isOpen(const JsonObject& listing) {
         return failureOf([&] { browser_->refresh(text(listing, "token"), never_); }) != sessionExpired;
@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(Sessions, ListingTellsTheFolder) {
+TEST_F(ContainerSessions, ListingTellsTheFolder) {
     makeFolder("dir/sub");
     write("dir/a.TXT", "abc");
     const auto root = browser_->browse(path("dir"), std::nullopt, "/x/dir", never_);
@@ -47,14 +47,14 @@ TEST_F(Sessions, ListingTellsTheFolder) {
     EXPECT_TRUE(browser_->up(text(sub, "token"), never_).at("parentId").is_null());
 }
 
-TEST_F(Sessions, NamesStandInNaturalOrder) {
+TEST_F(ContainerSessions, NamesStandInNaturalOrder) {
     for (const char* name : {"dir/file10", "dir/File2", "dir/file1", "dir/a", "dir/\xC3\xA4hnlich", "dir/b"})
         write((makeFolder("dir"), name), "");
     makeFolder("dir/z");
     EXPECT_THAT(namesOf(browse(path("dir"))), ElementsAre("z", "a", "\xC3\xA4hnlich", "b", "file1", "File2", "file10"));
 }
 
-TEST_F(Sessions, OnlyContainersOpen) {
+TEST_F(ContainerSessions, OnlyContainersOpen) {
     EXPECT_EQ(failureOf([&] { browse(write("a.txt", "x")); }), notAContainer);
     EXPECT_EQ(failureOf([&] { browse(FileUrl("/dev/null")); }), notAContainer);
     EXPECT_EQ(failureOf([&] { browse(path("gone.zip")); }), "“gone.zip” no longer exists.");
@@ -65,7 +65,7 @@ TEST_F(Sessions, OnlyContainersOpen) {
     EXPECT_EQ(text(browse(path("link")), "name"), "dir");
 }
 
-TEST_F(Sessions, NinthSessionClosesTheOldest) {
+TEST_F(ContainerSessions, NinthSessionClosesTheOldest) {
     std::vector<JsonObject> open;
     open.push_back(browse(write("a.zip", zipOf({{.name = "a.txt", .data = "x"}}))));
     document(open.front(), "a.txt");
@@ -79,7 +79,7 @@ TEST_F(Sessions, NinthSessionClosesTheOldest) {
     EXPECT_TRUE(isOpen(open.at(1)));
 }
 
-TEST_F(Sessions, ChainOfEightStaysAndTheNinthLevelIsRefused) {
+TEST_F(ContainerSessions, ChainOfEightStaysAndTheNinthLevelIsRefused) {
     const auto unrelated = browse(makeFolder("other"));
     std::vector<JsonObject> chain{browse(nestedZip(10))};
     while (chain.size() < 8)
@@ -101,14 +101,14 @@ TEST_F(Sessions, ChainOfEightStaysAndTheNinthLevelIsRefused) {
     }
 }
 
-TEST_F(Sessions, UpToAClosedParentKeepsTheSession) {
+TEST_F(ContainerSessions, UpToAClosedParentKeepsTheSession) {
     const auto child = browse(makeFolder("a"), newUuid());
     EXPECT_EQ(text(child, "parentId"), "parent");
     EXPECT_EQ(failureOf([&] { browser_->up(text(child, "token"), never_); }), sessionExpired);
     EXPECT_TRUE(isOpen(child));
 }
 
-TEST_F(Sessions, ChangedArchiveIsNoticed) {
+TEST_F(ContainerSessions, ChangedArchiveIsNoticed) {
     const auto file = write("a.zip", zipOf({{.name = "d/a.txt", .data = "x"}}));
     const auto listing = browse(file);
     fs::last_write_time(file.filesystemPath(), fs::file_time_type::clock::now() - std::chrono::hours(1));
@@ -119,7 +119,7 @@ TEST_F(Sessions, ChangedArchiveIsNoticed) {
     EXPECT_EQ(failureOf([&] { open(listing, "d"); }), "“a.zip” no longer exists.");
 }
 
-TEST_F(Sessions, CancelledWorkChangesNothing) {
+TEST_F(ContainerSessions, CancelledWorkChangesNothing) {
     makeFolder("dir/sub");
     const auto root = browse(path("dir"));
     const CancellationTest always = [] { return true; };
@@ -129,7 +129,7 @@ TEST_F(Sessions, CancelledWorkChangesNothing) {
     EXPECT_EQ(failureOf([&] { browser_->browse(path("dir"), std::nullopt, std::nullopt, always); }), "cancelled");
 }
 
-TEST_F(Sessions, StartSweepsOldSessionFoldersOnly) {
+TEST_F(ContainerSessions, StartSweepsOldSessionFoldersOnly) {
     const auto now = fs::file_time_type::clock::now();
     const auto aged = [&](const std::string& name, std::chrono::hours age) {
         const auto folder = makeFolder("cache/ContainerPreviews/" + name);
@@ -140,13 +140,13 @@ TEST_F(Sessions, StartSweepsOldSessionFoldersOnly) {
     const auto old = aged(newUuid(), std::chrono::hours(14 * 24 + 1));
     const auto young = aged(newUuid(), std::chrono::hours(14 * 24 - 1));
     const auto foreign = aged("backup", std::chrono::hours(1'000));
-    useReaders(helper());
+    useReaders(confinedReaders());
     EXPECT_FALSE(fs::exists(old.filesystemPath()));
     EXPECT_TRUE(fs::exists(young.filesystemPath()));
     EXPECT_TRUE(fs::exists(foreign.filesystemPath()));
 }
 
-TEST_F(Sessions, ClosingReachesNothingOutsideTheCache) {
+TEST_F(ContainerSessions, ClosingReachesNothingOutsideTheCache) {
     const auto precious = makeFolder("precious");
     makeFolder("cache/ContainerPreviews");
     browser_->close("../../precious");

@@ -1,4 +1,4 @@
-#include "containers/LibarchiveReader.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 
 #include "containers/ContainerLimits.h"
 #include "containers/ContainerMessages.h"

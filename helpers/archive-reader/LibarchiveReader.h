@@ -12,7 +12,7 @@ struct archive_entry;
 namespace quillmere {
 
 /// Reads with libarchive in this process. A single call may take very long, much memory or start a filter program, so
-/// hostile archives are only read this way inside the confined helper program, in tests and in fuzzing.
+/// hostile archives are only read this way inside the confined reader program, in tests and in fuzzing.
 class LibarchiveReader : public ArchiveReader {
 public:
     explicit LibarchiveReader(ArchiveRequest request);

@@ -1,4 +1,4 @@
-// Whatever a helper says: nothing is read beyond what came, and what is understood can be said again.
+// Whatever a reader says: nothing is read beyond what came, and what is understood can be said again.
 
 #include "containers/ArchiveProtocol.h"
 #include "fuzz/Require.h"

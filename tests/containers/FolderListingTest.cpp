@@ -18,9 +18,9 @@ using namespace messages;
 using ::testing::ElementsAre;
 namespace fs = std::filesystem;
 
-class Folders : public Sandbox {};
+class FolderListings : public ContainerFixture {};
 
-TEST_F(Folders, PathsStayInside) {
+TEST_F(FolderListings, PathsStayInside) {
     const FileUrl dir = makeFolder("dir/a/b");
     makeFolder("outside");
     fs::create_symlink(path("outside").path(), path("dir/out").filesystemPath());
@@ -45,7 +45,7 @@ TEST_F(Folders, PathsStayInside) {
     EXPECT_EQ(confinedPlace(FileUrl("/"), "etc", fileFacts::Handle::place).url.path(), "/etc");
 }
 
-TEST_F(Folders, WalkingFindsTheSameLinksAsTheKernel) {
+TEST_F(FolderListings, WalkingFindsTheSameLinksAsTheKernel) {
     makeFolder("dir/a/b");
     write("dir/a/b/file", "x");
     fs::create_symlink("b/file", path("dir/a/link").filesystemPath());
@@ -58,7 +58,7 @@ TEST_F(Folders, WalkingFindsTheSameLinksAsTheKernel) {
                 << relative;
 }
 
-TEST_F(Folders, EntriesThatCannotBeOpenedSayWhy) {
+TEST_F(FolderListings, EntriesThatCannotBeOpenedSayWhy) {
     makeFolder("dir");
     write("dir/.hidden", "");
     write("dir/bad\xff.txt", "bytes");
@@ -98,7 +98,7 @@ private:
     bool wasRoot_ = false;
 };
 
-TEST_F(Folders, UnreadableEntryIsBlocked) {
+TEST_F(FolderListings, UnreadableEntryIsBlocked) {
     makeFolder("dir/sub");
     write("dir/sub/file", "x");
     fs::permissions(write("dir/locked.zip", zipOf({})).filesystemPath(), fs::perms::none);
@@ -114,7 +114,7 @@ TEST_F(Folders, UnreadableEntryIsBlocked) {
     fs::permissions(path("dir/sub").filesystemPath(), fs::perms::owner_all);
 }
 
-TEST_F(Folders, TenThousandEntriesAreTheMost) {
+TEST_F(FolderListings, TenThousandEntriesAreTheMost) {
     const FileUrl dir = makeFolder("dir");
     const FileDescriptor folder(::open(dir.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const auto touch = [&](int number) {
@@ -129,7 +129,7 @@ TEST_F(Folders, TenThousandEntriesAreTheMost) {
     EXPECT_EQ(failureOf([&] { browse(dir); }), folderTooLarge);
 }
 
-TEST_F(Folders, IdsLiveWhileTheirFolderIsTheOneListed) {
+TEST_F(FolderListings, IdsLiveWhileTheirFolderIsTheOneListed) {
     makeFolder("dir/a/b");
     const auto root = browse(path("dir"));
     const auto a = enter(root, "a");
@@ -141,7 +141,7 @@ TEST_F(Folders, IdsLiveWhileTheirFolderIsTheOneListed) {
     EXPECT_NE(text(*entryNamed(back, "b"), "id"), text(*entryNamed(a, "b"), "id"));
 }
 
-TEST_F(Folders, NamesThatOnlyLookAlikeAreDifferentEntries) {
+TEST_F(FolderListings, NamesThatOnlyLookAlikeAreDifferentEntries) {
     const std::vector<std::string> names{"\xC3\xA4.txt", "a\xCC\x88.txt", "\xC3\x84.txt", "b.TXT", "B.txt"};
     makeFolder("dir");
     std::vector<TarMember> members;
@@ -156,7 +156,7 @@ TEST_F(Folders, NamesThatOnlyLookAlikeAreDifferentEntries) {
     }
 }
 
-TEST_F(Folders, ReplacedItemsAreNotServed) {
+TEST_F(FolderListings, ReplacedItemsAreNotServed) {
     makeFolder("dir/sub");
     write("dir/file.txt", "x");
     const auto root = browse(path("dir"));
@@ -198,7 +198,7 @@ private:
     std::thread thread_;
 };
 
-TEST_F(Folders, SwappingForALinkNeverReachesOutside) {
+TEST_F(FolderListings, SwappingForALinkNeverReachesOutside) {
     const auto inside = zipOf({{.name = "inside", .data = "x"}});
     const auto outside = zipOf({{.name = "outside", .data = "x"}});
     makeFolder("dir/sub");
@@ -232,7 +232,7 @@ TEST_F(Folders, SwappingForALinkNeverReachesOutside) {
     EXPECT_GT(served, 0);
 }
 
-TEST_F(Folders, SwappingTheCacheNeverReachesOutside) {
+TEST_F(FolderListings, SwappingTheCacheNeverReachesOutside) {
     makeFolder("elsewhere");
     const auto secret = fileFacts::identity(fileFacts::statusOf(write("elsewhere/a.txt", "secret")));
     const auto listing = browse(write("a.zip", zipOf({{.name = "a.txt", .data = "inside"}})));

@@ -1,4 +1,4 @@
-// Takes the place of the archive helper program and misbehaves as the "archive" of its request says.
+// Takes the place of the archive reader program and misbehaves as the "archive" of its request says.
 
 #include "containers/ArchiveProtocol.h"
 
