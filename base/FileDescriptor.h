@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cerrno>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -30,5 +32,17 @@ public:
 private:
     int descriptor_ = -1;
 };
+
+/// Writes everything, whatever signals and short writes come in between. False, with `errno`, when that fails.
+[[nodiscard]] inline bool writeAll(int descriptor, std::string_view bytes) noexcept {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written >= 0)
+            bytes.remove_prefix(static_cast<size_t>(written));
+        else if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
 
 } // namespace quillmere

@@ -1,12 +1,12 @@
 #include "containers/FolderListing.h"
 
 #include "base/Errors.h"
+#include "base/FolderAccess.h"
 #include "containers/ConfinedFolder.h"
 #include "containers/ContainerLimits.h"
 #include "containers/ContainerMessages.h"
 
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <string_view>
@@ -17,36 +17,24 @@ namespace quillmere {
 
 namespace {
 
-struct FolderCloser {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using OpenFolder = std::unique_ptr<DIR, FolderCloser>;
-
 OpenFolder openFolder(const FileUrl& root, const std::string& path) {
     ConfinedPlace place = confinedPlace(root, path, fileFacts::Handle::contents);
-    OpenFolder folder(::fdopendir(place.handle.get()));
+    OpenFolder folder = readFolder(std::move(place.handle));
     if (!folder)
         throwFileError(errno, place.url.path());
-    place.handle.release(); // the folder owns it now
     return folder;
 }
 
-std::vector<std::string> namesIn(DIR* folder, const FileUrl& root) {
+std::vector<std::string> namesIn(const OpenFolder& folder, const FileUrl& url) {
     std::vector<std::string> names;
-    for (;;) {
-        errno = 0;
-        const dirent* entry = ::readdir(folder);
-        if (!entry && errno != 0)
-            throwFileError(errno, root.path());
-        if (!entry)
-            return names;
-        const std::string_view name = entry->d_name;
-        if (name == "." || name == "..")
-            continue;
+    while (const auto name = nextName(folder)) {
         if (names.size() == limits::folderEntries)
             throw ContainerError(messages::folderTooLarge);
-        names.emplace_back(name);
+        names.emplace_back(*name);
     }
+    if (errno != 0)
+        throwFileError(errno, url.path());
+    return names;
 }
 
 /// Facts of the entry itself, never of a link's target.
@@ -71,7 +59,7 @@ void describe(Node& node, int folder, const std::string& name) {
 
 std::vector<const Node*> listFolder(Session& session, const std::string& path, const WorkWatch& watch) {
     const OpenFolder folder = openFolder(session.source, path);
-    const std::vector<std::string> names = namesIn(folder.get(), session.source.appending(path));
+    const std::vector<std::string> names = namesIn(folder, session.source.appending(path));
 
     std::vector<std::pmr::string> paths;
     paths.reserve(names.size());

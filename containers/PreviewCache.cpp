@@ -1,15 +1,14 @@
 #include "containers/PreviewCache.h"
 
 #include "base/Errors.h"
+#include "base/FolderAccess.h"
 #include "base/Uuid.h"
 #include "containers/ContainerLimits.h"
 #include "containers/ContainerMessages.h"
 #include "containers/FileFacts.h"
 
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 #include <vector>
 
@@ -21,23 +20,12 @@ constexpr mode_t folderMode = 0700;
 constexpr mode_t fileMode = 0600;
 constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-struct FolderCloser {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
 /// Names in an open folder; none when it cannot be read.
 std::vector<std::string> namesIn(int folder) {
     std::vector<std::string> names;
-    FileDescriptor readable(::openat(folder, ".", folderFlags));
-    const std::unique_ptr<DIR, FolderCloser> entries(readable ? ::fdopendir(readable.get()) : nullptr);
-    if (!entries)
-        return names;
-    readable.release();
-    while (const dirent* entry = ::readdir(entries.get())) {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..")
-            names.emplace_back(name);
-    }
+    if (const OpenFolder entries = readFolder(FileDescriptor(::openat(folder, ".", folderFlags))))
+        while (const auto name = nextName(entries))
+            names.emplace_back(*name);
     return names;
 }
 
@@ -50,16 +38,6 @@ void removeTree(int folder, const std::string& name) {
         for (const auto& child : namesIn(inside.get()))
             removeTree(inside.get(), child);
     ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
-}
-
-void makeWithParents(const FileUrl& folder) {
-    if (::mkdir(folder.path().c_str(), folderMode) == 0 || errno == EEXIST)
-        return;
-    if (errno != ENOENT || folder.path() == "/")
-        throwFileError(errno, folder.path());
-    makeWithParents(folder.parent());
-    if (::mkdir(folder.path().c_str(), folderMode) != 0 && errno != EEXIST)
-        throwFileError(errno, folder.path());
 }
 
 /// The folder of this name in an open one, made if it is missing.
@@ -127,7 +105,7 @@ PreviewCache::EntryFile PreviewCache::createEntry(const std::string& token, cons
                                                   std::string_view entryName) const {
     // What lies above the cache is the user's affair and may well be reached through links.
     const FileUrl above = folder_.parent();
-    makeWithParents(above);
+    makePrivateFolders(above);
     const FileDescriptor parent(::open(above.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parent)
         throwFileError(errno, above.path());
@@ -166,14 +144,8 @@ PreviewCache::EntryFile::~EntryFile() {
 }
 
 void PreviewCache::EntryFile::write(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(file_.get(), bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            throwFileError(errno, url_.path());
-        bytes.remove_prefix(static_cast<size_t>(count));
-    }
+    if (!writeAll(file_.get(), bytes))
+        throwFileError(errno, url_.path());
 }
 
 FileUrl PreviewCache::EntryFile::keep() {

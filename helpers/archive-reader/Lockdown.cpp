@@ -1,5 +1,7 @@
 #include "helpers/archive-reader/Lockdown.h"
 
+#include "base/Sanitizers.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -10,21 +12,12 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define QUILLMERE_SANITIZED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QUILLMERE_SANITIZED
-#endif
-
 namespace quillmere {
 
 namespace {
 
 /// Dictionaries of real archives stay well below this.
-[[maybe_unused]] constexpr rlim_t memoryBytes = rlim_t{1} << 30;
+constexpr rlim_t memoryBytes = rlim_t{1} << 30;
 /// The reading time is watched from outside; this is for the case that nobody watches any more.
 constexpr rlim_t processorSeconds = 60;
 
@@ -38,12 +31,8 @@ bool limit(__rlimit_resource resource, rlim_t value) {
 }
 
 bool limitResources() {
-#ifndef QUILLMERE_SANITIZED
-    // The sanitizers reserve terabytes of address space.
-    if (!limit(RLIMIT_AS, memoryBytes))
-        return false;
-#endif
-    return limit(RLIMIT_CORE, 0) && limit(RLIMIT_FSIZE, 0) && limit(RLIMIT_CPU, processorSeconds);
+    return (isSanitized || limit(RLIMIT_AS, memoryBytes)) && limit(RLIMIT_CORE, 0) && limit(RLIMIT_FSIZE, 0) &&
+           limit(RLIMIT_CPU, processorSeconds);
 }
 
 struct FilterRelease {

@@ -1,5 +1,6 @@
 #include "helpers/archive-reader/Outbox.h"
 
+#include "base/FileDescriptor.h"
 #include "containers/ArchiveProtocol.h"
 
 #include <cerrno>
@@ -66,13 +67,8 @@ void Outbox::write() {
 }
 
 void Outbox::write(const std::string& bytes) const {
-    for (std::string_view rest = bytes; !rest.empty();) {
-        const ssize_t count = ::write(descriptor_, rest.data(), rest.size());
-        if (count > 0)
-            rest.remove_prefix(static_cast<size_t>(count));
-        else if (count == 0 || errno != EINTR)
-            ::_exit(1); // nobody listens any more
-    }
+    if (!writeAll(descriptor_, bytes))
+        ::_exit(1); // nobody listens any more
 }
 
 } // namespace quillmere

@@ -3,7 +3,6 @@
 #include "base/FileDescriptor.h"
 #include "helpers/image-worker/ImageReader.h"
 
-#include <cerrno>
 #include <csetjmp>
 #include <cstddef>
 #include <fcntl.h>
@@ -19,15 +18,8 @@ constexpr size_t codedBufferSize = 256 << 10;
 
 void writeBytes(png_structp png, png_bytep bytes, size_t count) {
     const int file = *static_cast<const int*>(png_get_io_ptr(png));
-    while (count > 0) {
-        const ssize_t written = ::write(file, bytes, count);
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written < 0)
-            png_error(png, "write");
-        bytes += written;
-        count -= static_cast<size_t>(written);
-    }
+    if (!writeAll(file, {reinterpret_cast<const char*>(bytes), count}))
+        png_error(png, "write");
 }
 
 void ignoreWarning(png_structp, png_const_charp) {}

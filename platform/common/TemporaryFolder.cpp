@@ -2,6 +2,7 @@
 
 #include "base/Clock.h"
 #include "base/Errors.h"
+#include "base/FolderAccess.h"
 #include "base/Uuid.h"
 
 #include <cerrno>
@@ -59,22 +60,6 @@ void removeTree(const std::string& path) noexcept {
 }
 
 } // namespace
-
-void makePrivateFolders(const FileUrl& folder) {
-    if (::mkdir(folder.path().c_str(), 0700) == 0)
-        return;
-    if (errno == ENOENT && folder.path() != "/") {
-        makePrivateFolders(folder.parent());
-        if (::mkdir(folder.path().c_str(), 0700) == 0)
-            return;
-    }
-    const int error = errno;
-    struct stat info{};
-    if (error != EEXIST || ::stat(folder.path().c_str(), &info) != 0)
-        throwFileError(error, folder.path());
-    if (!S_ISDIR(info.st_mode))
-        throwFileError(EEXIST, folder.path());
-}
 
 std::shared_ptr<const TemporaryFolder> TemporaryFolder::makeInside(const FileUrl& parent) {
     makePrivateFolders(parent);

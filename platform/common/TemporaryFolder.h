@@ -6,9 +6,6 @@
 
 namespace quillmere::platform {
 
-/// Makes a folder and the folders above it that are missing, for the user alone (0700). Throws the file system's error.
-void makePrivateFolders(const FileUrl& folder);
-
 /// A work folder of its own, named by a fresh UUID, removed with everything in it when the last reference goes (errors
 /// of the removal are ignored), or by `removeAll` at the end of the program.
 class TemporaryFolder {

@@ -1,6 +1,7 @@
 #include "platform/common/WorkerImageCodec.h"
 
 #include "base/Errors.h"
+#include "base/Sanitizers.h"
 #include "platform/common/TemporaryFolder.h"
 
 #include <cstdio>
@@ -15,12 +16,8 @@ namespace {
 constexpr auto timeLimit = std::chrono::seconds(60);
 constexpr int niceness = 5;
 
-/// A sanitizer's shadow memory alone is larger than any sensible limit.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::optional<std::uint64_t> addressSpace{};
-#else
-constexpr std::optional<std::uint64_t> addressSpace = 4ULL << 30;
-#endif
+constexpr std::optional<std::uint64_t> addressSpace =
+    isSanitized ? std::nullopt : std::optional<std::uint64_t>(4ULL << 30);
 
 constexpr ResourceLimits limits{
     .addressSpace = addressSpace, .cpuSeconds = 60, .fileSize = 1ULL << 30, .openFiles = 64, .processes = 256};

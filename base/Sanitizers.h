@@ -1,0 +1,14 @@
+#pragma once
+
+namespace quillmere {
+
+/// Whether a sanitizer watches this program. Its shadow memory alone is larger than any sensible limit.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool isSanitized = true;
+#elif defined(__has_feature)
+inline constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+inline constexpr bool isSanitized = false;
+#endif
+
+} // namespace quillmere
