@@ -104,12 +104,11 @@ RawFormat rawFormatOf(const FileUrl& archive) {
                                                                                        : RawFormat::refused;
 }
 
-void scanArchive(Session& session, ArchiveSource source, const ArchiveReaderFactory& readers,
-                 const CancellationTest& cancelled, const SteadyClock& clock) {
+void scanArchive(Session& session, ArchiveSource source, const ArchiveWork& work) {
     if (source.size > limits::archiveBytes)
         throw ContainerError(messages::archiveTooLarge);
-    const WorkWatch watch(cancelled, clock, clock() + limits::readingTime);
-    const auto reader = readers(
+    const WorkWatch watch = work.watch();
+    const auto reader = work.readers(
         {.file = std::move(source.file), .raw = rawFormatOf(session.source), .pulse = [&watch] { watch.check(); }});
     Tree tree(session, source.size);
     watch.throwIfCancelled();

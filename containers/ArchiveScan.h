@@ -1,8 +1,7 @@
 #pragma once
 
-#include "containers/ArchiveReader.h"
+#include "containers/ArchiveWork.h"
 #include "containers/Session.h"
-#include "containers/WorkWatch.h"
 
 #include <cstdint>
 
@@ -16,8 +15,7 @@ struct ArchiveSource {
 
 /// Reads every header of the archive once and fills the session's tree of nodes, within all limits. Throws
 /// ContainerError for whatever is not safe to browse, and CancellationError; the session is then of no use.
-void scanArchive(Session& session, ArchiveSource source, const ArchiveReaderFactory& readers,
-                 const CancellationTest& cancelled, const SteadyClock& clock);
+void scanArchive(Session& session, ArchiveSource source, const ArchiveWork& work);
 
 /// Whether the session's source may be a single compressed file.
 RawFormat rawFormatOf(const FileUrl& archive);

@@ -33,7 +33,7 @@ std::vector<const Node*> nodesIn(Session& session, const std::string& path) {
     std::vector<const Node*> nodes;
     for (auto& [nodePath, node] : session.nodes)
         if (parentOfPath(nodePath) == path) {
-            session.identify(node);
+            Session::identify(node, session.byID);
             nodes.push_back(&node);
         }
     // Names that sort alike come in one order, whatever the map's.
@@ -53,8 +53,12 @@ ArchiveSource openChecked(const FileUrl& url, const FileIdentity& checked) {
 } // namespace
 
 ContainerBrowser::ContainerBrowser(const FileUrl& cache, Options options)
-    : cache_(cache.appending("ContainerPreviews")), options_(std::move(options)) {
-    cache_.sweep(options_.wall());
+    : cache_(cache.appending("ContainerPreviews")), options_(std::move(options)) {}
+
+void ContainerBrowser::sweep(const CancellationTest& cancelled) noexcept {
+    const std::lock_guard hold(lock_);
+    if (!isSwept_)
+        isSwept_ = cache_.sweep(options_.wall(), cancelled);
 }
 
 bool ContainerBrowser::isContainer(const FileUrl& url) {
@@ -92,8 +96,7 @@ JsonObject ContainerBrowser::browse(const FileUrl& url, const std::optional<std:
                                                            .parentToken = parentToken,
                                                            .displayPath = displayPath.value_or(source.path())});
     if (session->archive)
-        scanArchive(*session, openChecked(source, fileFacts::identity(status)), options_.readers, cancelled,
-                    options_.now);
+        scanArchive(*session, openChecked(source, fileFacts::identity(status)), work(cancelled));
     JsonObject record = listing(*session, {}, cancelled);
     sessions_[session->token] = session;
     opened_.push_back(session->token);
@@ -146,7 +149,7 @@ OpenedFile ContainerBrowser::documentAt(Session& session, const Node& node, cons
 }
 
 ConfinedPlace ContainerBrowser::extractedPlace(Session& session, const Node& node, const CancellationTest& cancelled) {
-    FileUrl file = extractEntry(session, node, cache_, options_.readers, cancelled, options_.now);
+    FileUrl file = extractEntry(session, node, cache_, work(cancelled));
     try {
         FileDescriptor handle = cache_.entryPlace(file);
         return {std::move(file), std::move(handle)};

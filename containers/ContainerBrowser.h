@@ -3,13 +3,12 @@
 #include "base/Clock.h"
 #include "base/FileUrl.h"
 #include "base/Json.h"
-#include "containers/ArchiveReader.h"
+#include "containers/ArchiveWork.h"
 #include "containers/ConfinedFolder.h"
 #include "containers/FileFacts.h"
 #include "containers/NaturalOrder.h"
 #include "containers/PreviewCache.h"
 #include "containers/Session.h"
-#include "containers/WorkWatch.h"
 
 #include <memory>
 #include <mutex>
@@ -43,8 +42,12 @@ public:
         WallClock wall = wallNow;
     };
 
-    /// `cache` is the application's cache folder; what earlier runs left in ours is swept when it is old.
+    /// `cache` is the application's cache folder.
     ContainerBrowser(const FileUrl& cache, Options options);
+
+    /// Removes what earlier runs left in the cache and is old, once; goes on with it when it was cancelled before. With
+    /// many leftovers it takes seconds, so nothing that somebody waits for should stand behind it.
+    void sweep(const CancellationTest& cancelled) noexcept;
 
     /// Whether the URL is a folder or is named like an archive.
     static bool isContainer(const FileUrl& url);
@@ -68,6 +71,9 @@ private:
     JsonObject listing(Session& session, const std::string& path, const CancellationTest& cancelled) const;
     OpenedFile documentAt(Session& session, const Node& node, const CancellationTest& cancelled);
     ConfinedPlace extractedPlace(Session& session, const Node& node, const CancellationTest& cancelled);
+    ArchiveWork work(const CancellationTest& cancelled) const {
+        return {.readers = options_.readers, .cancelled = cancelled, .clock = options_.now};
+    }
     SessionRef session(const std::string& token) const;
     std::vector<std::string> ancestorsFrom(const std::optional<std::string>& parentToken) const;
     void evict(const std::vector<std::string>& keep);
@@ -78,6 +84,7 @@ private:
     NaturalOrder order_;
     std::unordered_map<std::string, SessionRef> sessions_;
     std::vector<std::string> opened_; ///< tokens in the order of their registration
+    bool isSwept_ = false;
 };
 
 } // namespace quillmere

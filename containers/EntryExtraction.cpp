@@ -57,18 +57,17 @@ ArchiveSource openUnchanged(const Session& session) {
     return {.file = std::move(file), .size = status.st_size};
 }
 
-FileUrl extractEntry(Session& session, const Node& node, const PreviewCache& cache, const ArchiveReaderFactory& readers,
-                     const CancellationTest& cancelled, const SteadyClock& clock) {
+FileUrl extractEntry(Session& session, const Node& node, const PreviewCache& cache, const ArchiveWork& work) {
     requireUnchanged(session);
     const auto known = session.extracted.find(node.id);
     if (known != session.extracted.end() && ::access(known->second.path().c_str(), R_OK) == 0)
         return known->second;
 
-    const WorkWatch watch(cancelled, clock, clock() + limits::readingTime);
-    const auto reader = readers({.file = openUnchanged(session).file,
-                                 .raw = rawFormatOf(session.source),
-                                 .only = node.ordinal,
-                                 .pulse = [&watch] { watch.check(); }});
+    const WorkWatch watch = work.watch();
+    const auto reader = work.readers({.file = openUnchanged(session).file,
+                                      .raw = rawFormatOf(session.source),
+                                      .only = node.ordinal,
+                                      .pulse = [&watch] { watch.check(); }});
     watch.check();
     EntryFacts facts;
     switch (reader->next(facts)) {

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "containers/ArchiveReader.h"
 #include "containers/ArchiveScan.h"
 #include "containers/PreviewCache.h"
 #include "containers/Session.h"
-#include "containers/WorkWatch.h"
 
 namespace quillmere {
 
@@ -17,7 +15,6 @@ void requireUnchanged(const Session& session);
 /// Writes one entry of an archive session into the cache, unless an earlier copy can still be read, and returns its
 /// file. The entry is recognised again by position and path and is held to what the scan allowed. Throws
 /// ContainerError, failures of the file system and CancellationError; nothing is left behind then.
-FileUrl extractEntry(Session& session, const Node& node, const PreviewCache& cache, const ArchiveReaderFactory& readers,
-                     const CancellationTest& cancelled, const SteadyClock& clock);
+FileUrl extractEntry(Session& session, const Node& node, const PreviewCache& cache, const ArchiveWork& work);
 
 } // namespace quillmere

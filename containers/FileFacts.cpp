@@ -15,7 +15,16 @@ namespace {
 
 int flagsOf(Handle handle) {
     // Without O_NONBLOCK a pipe that took the file's place would hold us up.
-    return O_CLOEXEC | (handle == Handle::place ? O_PATH : O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    constexpr int reading = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+    switch (handle) {
+    case Handle::place:
+        return O_CLOEXEC | O_PATH;
+    case Handle::contents:
+        return O_CLOEXEC | reading;
+    case Handle::folder:
+        return O_CLOEXEC | reading | O_DIRECTORY;
+    }
+    return O_CLOEXEC | O_PATH;
 }
 
 int openSafely(int folder, const char* path, int flags) {
@@ -28,8 +37,14 @@ int openSafely(int folder, const char* path, int flags) {
 /// One component, which must not be a link.
 FileDescriptor openComponent(int folder, const std::string& name, int flags, const FileUrl& named) {
     FileDescriptor opened(::openat(folder, name.c_str(), flags | O_NOFOLLOW));
-    if (!opened)
-        throwFileError(errno, named.path());
+    if (!opened) {
+        const int error = errno;
+        struct stat status{};
+        // A link in place of a folder is called no folder.
+        const bool isLink = error == ENOTDIR && ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                            S_ISLNK(status.st_mode);
+        throwFileError(isLink ? ELOOP : error, named.path());
+    }
     // A handle that only names a file may name a link itself.
     if ((flags & O_PATH) != 0 && S_ISLNK(statusOf(opened, named).st_mode))
         throwFileError(ELOOP, named.path());

@@ -24,8 +24,9 @@ struct stat statusOf(const FileUrl& file);
 struct stat statusOf(const FileDescriptor& handle, const FileUrl& file);
 
 enum class Handle {
-    place,   ///< only names the file: nothing is opened that opening could change or block on
-    contents ///< for reading
+    place,    ///< only names the file: nothing is opened that opening could change or block on
+    contents, ///< of a file, for reading
+    folder    ///< for reading its names; anything else fails with ENOTDIR and is left alone
 };
 
 /// Opens a file, by a path none of whose components is a symbolic link; a link fails with ELOOP.

@@ -18,7 +18,7 @@ namespace quillmere {
 namespace {
 
 OpenFolder openFolder(const FileUrl& root, const std::string& path) {
-    ConfinedPlace place = confinedPlace(root, path, fileFacts::Handle::contents);
+    ConfinedPlace place = confinedPlace(root, path, fileFacts::Handle::folder);
     OpenFolder folder = readFolder(std::move(place.handle));
     if (!folder)
         throwFileError(errno, place.url.path());
@@ -75,17 +75,25 @@ std::vector<const Node*> listFolder(Session& session, const std::string& path, c
         paths.push_back(std::move(relative));
     }
 
-    Nodes kept;
-    kept.reserve(paths.size());
-    session.byID.clear();
+    // Built aside: until it is complete the session stays as it was.
+    Session::Index byID;
     std::vector<const Node*> listed;
+    std::vector<Nodes::const_iterator> places;
     listed.reserve(paths.size());
+    places.reserve(paths.size());
     for (const auto& relative : paths) {
-        const auto known = kept.insert(session.nodes.extract(relative)).position;
-        session.identify(known->second);
-        listed.push_back(&known->second);
+        const auto place = session.nodes.find(relative);
+        if (!Session::identify(place->second, byID))
+            continue; // a folder that changes may name an entry twice
+        listed.push_back(&place->second);
+        places.push_back(place);
     }
+    Nodes kept;
+    kept.reserve(places.size());
+    for (const auto& place : places)
+        kept.insert(session.nodes.extract(place));
     session.nodes = std::move(kept);
+    session.byID = std::move(byID);
     return listed;
 }
 

@@ -40,6 +40,13 @@ void removeTree(int folder, const std::string& name) {
     ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
 }
 
+/// Whether nobody else can change what the folder holds.
+bool isOurs(const FileDescriptor& folder) {
+    struct stat status{};
+    return ::fstat(folder.get(), &status) == 0 && status.st_uid == ::geteuid() &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
 /// The folder of this name in an open one, made if it is missing.
 FileDescriptor enter(const FileDescriptor& parent, const std::string& name, const FileUrl& named) {
     if (::mkdirat(parent.get(), name.c_str(), folderMode) != 0 && errno != EEXIST)
@@ -47,11 +54,14 @@ FileDescriptor enter(const FileDescriptor& parent, const std::string& name, cons
     FileDescriptor folder(::openat(parent.get(), name.c_str(), folderFlags));
     if (!folder)
         throwFileError(errno, named.path());
+    if (!isOurs(folder))
+        throw ContainerError(messages::cacheNotCreated);
     return folder;
 }
 
 FileDescriptor openExisting(const FileUrl& folder) {
-    return FileDescriptor(::open(folder.path().c_str(), folderFlags));
+    FileDescriptor opened(::open(folder.path().c_str(), folderFlags));
+    return opened && isOurs(opened) ? std::move(opened) : FileDescriptor();
 }
 
 } // namespace
@@ -69,14 +79,16 @@ std::string entryFileName(std::string_view entryName) {
     return "preview." + extension.substr(0, end);
 }
 
-void PreviewCache::sweep(WallTime now) const noexcept {
+bool PreviewCache::sweep(WallTime now, const CancellationTest& cancelled) const noexcept {
     try {
         const FileDescriptor folder = openExisting(folder_);
         if (!folder)
-            return;
+            return true;
         const auto oldest =
             std::chrono::duration_cast<std::chrono::nanoseconds>((now - cacheAgeLimit).time_since_epoch());
         for (const auto& name : namesIn(folder.get())) {
+            if (cancelled())
+                return false;
             struct stat status{};
             if (!isUuid(name) || ::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
                 continue;
@@ -88,6 +100,7 @@ void PreviewCache::sweep(WallTime now) const noexcept {
     } catch (const std::exception&) {
         // What could not be removed now is removed at another start.
     }
+    return true;
 }
 
 void PreviewCache::removeSession(std::string_view token) const noexcept {
@@ -127,7 +140,7 @@ PreviewCache::EntryFile PreviewCache::createEntry(const std::string& token, cons
 FileDescriptor PreviewCache::entryPlace(const FileUrl& entryFile) const {
     const FileDescriptor cache = openExisting(folder_);
     if (!cache)
-        throwFileError(errno, entryFile.path());
+        throw ContainerError(messages::itemReplaced);
     const std::string relative = entryFile.path().substr(folder_.path().size() + 1);
     return fileFacts::openBelow(cache, relative, fileFacts::Handle::place, entryFile);
 }

@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "base/FileDescriptor.h"
 #include "base/FileUrl.h"
+#include "containers/WorkWatch.h"
 
 #include <string>
 #include <string_view>
@@ -10,13 +11,15 @@
 namespace quillmere {
 
 /// The private folder of extracted entries: one folder per session, in it one per entry. Everything is reached through
-/// open folders and never through a link, so nothing can be written or removed anywhere else.
+/// open folders and never through a link, so nothing can be written or removed anywhere else. A folder of another owner
+/// or one that others may write to is not ours: it is left alone, and nothing is extracted into it.
 class PreviewCache {
 public:
     explicit PreviewCache(FileUrl folder) : folder_(std::move(folder)) {}
 
-    /// Removes the folders of sessions that are older than the age limit. Failures are ignored.
-    void sweep(WallTime now) const noexcept;
+    /// Removes the folders of sessions that are older than the age limit. Failures are ignored. False when it was
+    /// cancelled before its end.
+    bool sweep(WallTime now, const CancellationTest& cancelled) const noexcept;
     /// Removes a session's folder with all that is in it. Failures are ignored.
     void removeSession(std::string_view token) const noexcept;
 
@@ -41,7 +44,7 @@ public:
     };
 
     /// Creates the folders that are missing (0700) and the file (0600). File-system errors of the folders are passed
-    /// on; a file that cannot be created is a ContainerError.
+    /// on; a folder that is not ours and a file that cannot be created are a ContainerError.
     EntryFile createEntry(const std::string& token, const std::string& id, std::string_view entryName) const;
 
     /// The handle of an entry's file, which must not be reached through a link inside the cache (ELOOP). Throws

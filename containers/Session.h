@@ -46,14 +46,15 @@ struct Session {
     std::unique_ptr<std::pmr::monotonic_buffer_resource> arena =
         archive ? std::make_unique<std::pmr::monotonic_buffer_resource>() : nullptr;
     Nodes nodes{arena ? arena.get() : std::pmr::get_default_resource()};
-    std::unordered_map<std::string_view, const Node*> byID{}; ///< those that have an id
+    using Index = std::unordered_map<std::string_view, const Node*>;
+    Index byID{}; ///< those that have an id
     std::unordered_map<std::string, FileUrl> extracted{};
 
-    /// Makes sure that the page can name the node.
-    void identify(Node& node) {
+    /// Makes sure that the page can name the node; whether the index did not have it.
+    static bool identify(Node& node, Index& index) {
         if (node.id.empty())
             node.id = newUuid();
-        byID.emplace(node.id, &node);
+        return index.emplace(node.id, &node).second;
     }
 };
 

@@ -129,7 +129,7 @@ TEST_F(ContainerSessions, CancelledWorkChangesNothing) {
     EXPECT_EQ(failureOf([&] { browser_->browse(path("dir"), std::nullopt, std::nullopt, always); }), "cancelled");
 }
 
-TEST_F(ContainerSessions, StartSweepsOldSessionFoldersOnly) {
+TEST_F(ContainerSessions, SweepTakesOldSessionFoldersOnly) {
     const auto now = fs::file_time_type::clock::now();
     const auto aged = [&](const std::string& name, std::chrono::hours age) {
         const auto folder = makeFolder("cache/ContainerPreviews/" + name);
@@ -141,6 +141,10 @@ TEST_F(ContainerSessions, StartSweepsOldSessionFoldersOnly) {
     const auto young = aged(newUuid(), std::chrono::hours(14 * 24 - 1));
     const auto foreign = aged("backup", std::chrono::hours(1'000));
     useReaders(confinedReaders());
+    EXPECT_TRUE(fs::exists(old.filesystemPath())) << "nobody waits for the sweep";
+    browser_->sweep([] { return true; });
+    EXPECT_TRUE(fs::exists(old.filesystemPath()));
+    browser_->sweep(never_);
     EXPECT_FALSE(fs::exists(old.filesystemPath()));
     EXPECT_TRUE(fs::exists(young.filesystemPath()));
     EXPECT_TRUE(fs::exists(foreign.filesystemPath()));

@@ -1,4 +1,5 @@
 #include "containers/ContainerMessages.h"
+#include "containers/FileFacts.h"
 #include "tests/containers/Fixtures.h"
 
 #include <csignal>
@@ -7,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quillmere::testing {
 namespace {
@@ -58,6 +60,7 @@ TEST_F(EntryExtraction, EntryIsExtractedOnceIntoAPrivatePlace) {
         browse(write("a.tar", tarOf({{.name = "a.txt", .data = "first"}, {.name = "b", .data = "2"}})));
     const auto opened = document(listing, "a.txt");
     EXPECT_EQ(opened.name, "a.txt");
+    EXPECT_EQ(opened.identity, fileFacts::identity(fileFacts::statusOf(opened.file)));
     EXPECT_EQ(contentsOf(opened.file), "first");
     EXPECT_EQ(opened.file.parent().parent(), sessionCache(listing));
     EXPECT_EQ(permissionsOf(opened.file), fs::perms(0600));
@@ -205,6 +208,27 @@ TEST_F(EntryExtraction, CacheThatCannotBeWrittenIsReported) {
     const auto& id = text(*entryNamed(listing, "a"), "id");
     makeFolder("cache/ContainerPreviews/" + text(listing, "token") + "/" + id + "/a");
     EXPECT_EQ(failureOf([&] { open(listing, "a"); }), cacheNotCreated);
+}
+
+TEST_F(EntryExtraction, CacheThatOthersCanChangeIsRefused) {
+    constexpr uid_t somebody = 65'534;
+    const auto listing = browse(write("a.zip", zipOf({{.name = "a", .data = "x"}})));
+    const std::string session = "cache/ContainerPreviews/" + text(listing, "token");
+    for (const std::string& folder : {std::string("cache/ContainerPreviews"), session}) {
+        SCOPED_TRACE(folder);
+        const auto place = makeFolder(folder).filesystemPath();
+        for (const auto writable : {fs::perms::group_write, fs::perms::others_write}) {
+            fs::permissions(place, fs::perms::owner_all | writable);
+            EXPECT_EQ(failureOf([&] { open(listing, "a"); }), cacheNotCreated);
+        }
+        fs::permissions(place, fs::perms::owner_all);
+        if (::geteuid() != 0)
+            continue; // only root can give a folder away
+        ASSERT_EQ(::chown(place.c_str(), somebody, somebody), 0);
+        EXPECT_EQ(failureOf([&] { open(listing, "a"); }), cacheNotCreated);
+        ASSERT_EQ(::chown(place.c_str(), 0, 0), 0);
+    }
+    EXPECT_EQ(contentsOf(document(listing, "a").file), "x");
 }
 
 /// No file may grow beyond this, as on a disk that is full then.
