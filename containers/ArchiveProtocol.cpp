@@ -142,7 +142,7 @@ std::optional<size_t> bodyLimit(uint8_t kind) {
     case Kind::skipped:
     case Kind::end:
     case Kind::dataEnd:
-    case Kind::alive:
+    case Kind::taken:
         return 0;
     }
     return std::nullopt;

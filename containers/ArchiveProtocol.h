@@ -18,10 +18,10 @@ enum class Kind : unsigned char {
     header = 1, ///< the facts of one entry
     skipped,    ///< the entry's data was passed over
     end,        ///< no more entries
-    failure,    ///< reading failed, with the reader's words or none
+    failure,    ///< a step failed, with the reader's words or none
     data,       ///< 1 to `maxData` bytes of the wanted entry
     dataEnd,    ///< the wanted entry is complete
-    alive       ///< nothing new; a call takes long
+    taken       ///< the request has come in and its reading begins; the first word
 };
 
 inline constexpr size_t maxName = 65'535;
@@ -37,7 +37,7 @@ void appendData(std::string& out, std::string_view bytes);
 void appendPlain(std::string& out, Kind kind);
 
 struct Message {
-    Kind kind = Kind::alive;
+    Kind kind = Kind::taken;
     EntryFacts facts{};                ///< of a header
     std::optional<std::string> text{}; ///< of a failure
     std::string_view data{};           ///< of data; valid until the parser is used again

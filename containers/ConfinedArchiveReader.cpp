@@ -1,12 +1,7 @@
 #include "containers/ConfinedArchiveReader.h"
 
-#include "base/Clock.h"
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <poll.h>
-#include <unistd.h>
 
 namespace quillmere {
 
@@ -16,15 +11,12 @@ using archiveProtocol::Parser;
 
 namespace {
 
-constexpr int pollMilliseconds = 20;
 constexpr size_t incomingBytes = 1 << 18;
 
 } // namespace
 
-ConfinedArchiveReader::ConfinedArchiveReader(std::shared_ptr<ReaderProcesses> processes,
-                                             std::chrono::milliseconds silence, ArchiveRequest request)
-    : processes_(std::move(processes)), silence_(silence), pulse_(std::move(request.pulse)),
-      process_(processes_->employ(request)) {}
+ConfinedArchiveReader::ConfinedArchiveReader(std::shared_ptr<ReaderProcesses> processes, const ArchiveRequest& request)
+    : processes_(std::move(processes)), pulse_(request.pulse), process_(processes_->employ(request)) {}
 
 ConfinedArchiveReader::~ConfinedArchiveReader() {
     dismiss();
@@ -36,41 +28,26 @@ void ConfinedArchiveReader::dismiss() noexcept {
     process_.reset();
 }
 
-ArchiveReaderFactory ConfinedArchiveReader::factory(const Options& options) {
-    return [processes = std::make_shared<ReaderProcesses>(options.program),
-            silence = options.silence](ArchiveRequest request) -> std::unique_ptr<ArchiveReader> {
-        return std::make_unique<ConfinedArchiveReader>(processes, silence, std::move(request));
+ArchiveReaderFactory ConfinedArchiveReader::factory(const FileUrl& program) {
+    return [processes = std::make_shared<ReaderProcesses>(program)](
+               const ArchiveRequest& request) -> std::unique_ptr<ArchiveReader> {
+        return std::make_unique<ConfinedArchiveReader>(processes, request);
     };
 }
 
 bool ConfinedArchiveReader::takeBytes() {
-    const SteadyTime lost = steadyNow() + silence_;
-    for (;;) {
-        pollfd ready{.fd = process_->answers.get(), .events = POLLIN, .revents = 0};
-        const int count = ::poll(&ready, 1, pollMilliseconds);
-        pulse_();
-        if (count < 0 && errno != EINTR)
-            return false;
-        if (count > 0)
-            break;
-        if (steadyNow() > lost)
-            return false;
-    }
-    incoming_.resize(incomingBytes);
-    ssize_t received = 0;
-    do
-        received = ::read(process_->answers.get(), incoming_.data(), incoming_.size());
-    while (received < 0 && errno == EINTR);
-    if (received <= 0)
+    if (!process_->awaitAnswer(pulse_))
         return false;
-    parser_.add(std::string_view(incoming_).substr(0, static_cast<size_t>(received)));
-    return true;
+    incoming_.resize(incomingBytes);
+    const size_t received = process_->readAnswer(incoming_);
+    parser_.add(std::string_view(incoming_).substr(0, received));
+    return received > 0;
 }
 
 const Message* ConfinedArchiveReader::receive() {
     while (!over_) {
         const auto result = parser_.next(message_);
-        if (result == Parser::Result::message && message_.kind != Kind::alive)
+        if (result == Parser::Result::message)
             return &message_;
         if (result == Parser::Result::malformed || (result == Parser::Result::incomplete && !takeBytes()))
             over_ = true;
@@ -88,12 +65,11 @@ ArchiveReader::Outcome ConfinedArchiveReader::expect(Kind kind, EntryFacts* fact
             std::swap(*facts, message_.facts); // both keep the room of their texts
         return Outcome::done;
     }
-    over_ = true;
-    if (message->kind == Kind::end && kind == Kind::header)
-        return Outcome::end;
     if (message->kind == Kind::failure)
         errorText_ = message->text;
-    return Outcome::failed;
+    // Data that could not be passed over is the caller's to judge; a next header may follow.
+    over_ = message->kind != Kind::failure || kind != Kind::skipped;
+    return message->kind == Kind::end && kind == Kind::header ? Outcome::end : Outcome::failed;
 }
 
 ArchiveReader::Outcome ConfinedArchiveReader::next(EntryFacts& facts) {

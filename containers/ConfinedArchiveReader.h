@@ -5,24 +5,16 @@
 #include "containers/ArchiveReader.h"
 #include "containers/ReaderProcesses.h"
 
-#include <chrono>
 #include <memory>
 
 namespace quillmere {
 
 /// Reads through the confined reader program, so that a call that never returns, takes all memory or crashes harms
-/// nothing here. Waiting asks the request's pulse every 20 ms; its process is killed when that throws and when this
-/// object goes. One that ends early, breaks the protocol or falls silent counts as a failure without words.
+/// nothing here. Waiting asks the request's pulse, which limits the time; the process is killed when that throws and
+/// when this object goes. One that ends early or breaks the protocol counts as a failure without words.
 class ConfinedArchiveReader : public ArchiveReader {
 public:
-    struct Options {
-        FileUrl program;
-        /// One that works says so every second; past this one is taken for lost.
-        std::chrono::milliseconds silence{10'000};
-    };
-
-    ConfinedArchiveReader(std::shared_ptr<ReaderProcesses> processes, std::chrono::milliseconds silence,
-                          ArchiveRequest request);
+    ConfinedArchiveReader(std::shared_ptr<ReaderProcesses> processes, const ArchiveRequest& request);
     ~ConfinedArchiveReader() override;
 
     Outcome next(EntryFacts& facts) override;
@@ -31,10 +23,10 @@ public:
     std::optional<std::string> errorText() const override { return errorText_; }
 
     /// The readers of one factory share their processes.
-    static ArchiveReaderFactory factory(const Options& options);
+    static ArchiveReaderFactory factory(const FileUrl& program);
 
 private:
-    /// The next message but signs of life, valid until the next call; null once the process is lost.
+    /// The next message, valid until the next call; null once the process is lost.
     const archiveProtocol::Message* receive();
     /// Waits for bytes and takes them in; false when none will come.
     bool takeBytes();
@@ -43,7 +35,6 @@ private:
     void dismiss() noexcept;
 
     std::shared_ptr<ReaderProcesses> processes_;
-    std::chrono::milliseconds silence_;
     Pulse pulse_;
     std::optional<ReaderProcess> process_;
     archiveProtocol::Parser parser_;

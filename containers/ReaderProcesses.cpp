@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <exception>
 #include <fcntl.h>
+#include <poll.h>
+#include <string>
 #include <sys/socket.h>
 #include <system_error>
 #include <unistd.h>
@@ -16,8 +18,27 @@ namespace quillmere {
 namespace {
 
 constexpr int pipeBytes = 1 << 20;
+constexpr int pollMilliseconds = 20;
 
 } // namespace
+
+bool ReaderProcess::awaitAnswer(const Pulse& pulse) const {
+    for (;;) {
+        pollfd ready{.fd = answers.get(), .events = POLLIN, .revents = 0};
+        const int count = ::poll(&ready, 1, pollMilliseconds);
+        pulse();
+        if (count != 0 && !(count < 0 && errno == EINTR))
+            return count > 0;
+    }
+}
+
+size_t ReaderProcess::readAnswer(std::span<char> buffer) const {
+    ssize_t received = 0;
+    do
+        received = ::read(answers.get(), buffer.data(), buffer.size());
+    while (received < 0 && errno == EINTR);
+    return received > 0 ? static_cast<size_t>(received) : 0;
+}
 
 ReaderProcess ReaderProcesses::start() const {
     int sockets[2];
@@ -42,14 +63,35 @@ std::optional<ReaderProcess> ReaderProcesses::takeReady() {
     return std::exchange(ready_, std::nullopt);
 }
 
+/// Whether the process answers the request. One that does not is dismissed, also when the pulse throws.
+bool ReaderProcesses::takes(ReaderProcess& process, const ArchiveRequest& request) {
+    std::string expected;
+    archiveProtocol::appendPlain(expected, archiveProtocol::Kind::taken);
+    std::string word(expected.size(), '\0');
+    try {
+        size_t received = 0;
+        bool isThere = archiveProtocol::sendRequest(process.requests.get(), request);
+        while (isThere && received < word.size()) {
+            const size_t count =
+                process.awaitAnswer(request.pulse) ? process.readAnswer(std::span(word).subspan(received)) : 0;
+            received += count;
+            isThere = count > 0;
+        }
+        if (isThere && word == expected)
+            return true;
+    } catch (...) {
+        dismiss(std::move(process));
+        throw;
+    }
+    dismiss(std::move(process));
+    return false;
+}
+
 ReaderProcess ReaderProcesses::employ(const ArchiveRequest& request) {
-    // One that stood ready may have been killed meanwhile.
-    auto ready = takeReady();
-    if (ready && archiveProtocol::sendRequest(ready->requests.get(), request))
+    if (auto ready = takeReady(); ready && takes(*ready, request))
         return std::move(*ready);
     try {
-        ReaderProcess fresh = start();
-        if (archiveProtocol::sendRequest(fresh.requests.get(), request))
+        if (ReaderProcess fresh = start(); takes(fresh, request))
             return fresh;
     } catch (const std::system_error&) {
         throw ContainerError(messages::readerNotCreated);

@@ -18,6 +18,11 @@ struct ReaderProcess {
     FileDescriptor requests; ///< socket; it takes one request
     FileDescriptor answers;  ///< pipe of frames (ArchiveProtocol.h)
     platform::ChildProcess process;
+
+    /// Waits until it has said something or has gone, asking the pulse every 20 ms. False when waiting is impossible.
+    bool awaitAnswer(const Pulse& pulse) const;
+    /// Some of what it said, as far as there is room; 0 once it has gone.
+    size_t readAnswer(std::span<char> buffer) const;
 };
 
 /// The processes that read archives. From the first use on one stands ready, loaded and locked down, for the archive
@@ -30,14 +35,16 @@ public:
     ReaderProcesses(const ReaderProcesses&) = delete;
     ReaderProcesses& operator=(const ReaderProcesses&) = delete;
 
-    /// A process at work on the request. Throws ContainerError when none can be had.
+    /// A process that has taken the request. One that stood ready and has died meanwhile is replaced by a fresh one.
+    /// Throws ContainerError when that does not answer either, and what the request's pulse throws.
     ReaderProcess employ(const ArchiveRequest& request);
     /// Kills a process, without waiting for its end, and gets the next one ready.
-    void dismiss(ReaderProcess reader) noexcept;
+    void dismiss(ReaderProcess process) noexcept;
 
 private:
     ReaderProcess start() const;
     std::optional<ReaderProcess> takeReady();
+    bool takes(ReaderProcess& process, const ArchiveRequest& request);
     void prepare() noexcept;
 
     const FileUrl program_;

@@ -40,8 +40,7 @@ QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platfor
             .makeContainerBrowser =
                 [program = system.bundle.helper("quillmere-archive-reader")](const FileUrl& cache) {
                     return std::make_shared<ContainerBrowser>(
-                        cache,
-                        ContainerBrowser::Options{.readers = ConfinedArchiveReader::factory({.program = program})});
+                        cache, ContainerBrowser::Options{.readers = ConfinedArchiveReader::factory(program)});
                 },
             .log = writeLog};
 }

@@ -163,7 +163,7 @@ public:
         folder_ = FileUrl(pattern);
         browser_ = std::make_unique<ContainerBrowser>(
             folder_.appending("cache"),
-            ContainerBrowser::Options{.readers = ConfinedArchiveReader::factory({.program = FileUrl(ARCHIVE_READER)})});
+            ContainerBrowser::Options{.readers = ConfinedArchiveReader::factory(FileUrl(ARCHIVE_READER))});
     }
     ~Bench() {
         browser_.reset();
@@ -205,7 +205,7 @@ public:
         writeArchive(file, "zip", nullptr);
         const auto never = [] { return false; };
         ContainerBrowser browser(folder_.appending("cache"),
-                                 {.readers = ConfinedArchiveReader::factory({.program = FileUrl(ARCHIVE_READER)})});
+                                 {.readers = ConfinedArchiveReader::factory(FileUrl(ARCHIVE_READER))});
         const auto before = mallinfo2().uordblks;
         const auto token = *stringField(browser.browse(file, std::nullopt, std::nullopt, never), "token");
         std::printf("a session with %d nodes: %.1f MB\n", entryCount,

@@ -99,7 +99,6 @@ LibarchiveReader::LibarchiveReader(ArchiveRequest request)
             freelocale(locale_);
         throw ContainerError(messages::readerNotCreated);
     }
-    const Utf8Names names(locale_);
     archive_read_support_filter_all(archive_.get());
     archive_read_support_format_all(archive_.get());
     if (request_.raw == RawFormat::accepted)
@@ -108,7 +107,6 @@ LibarchiveReader::LibarchiveReader(ArchiveRequest request)
     archive_read_set_read_callback(archive_.get(), Source::read);
     archive_read_set_skip_callback(archive_.get(), Source::skip);
     archive_read_set_seek_callback(archive_.get(), Source::seek);
-    open_ = archive_read_open1(archive_.get()) == ARCHIVE_OK;
 }
 
 LibarchiveReader::~LibarchiveReader() {
@@ -122,12 +120,22 @@ ArchiveReaderFactory LibarchiveReader::factory() {
 }
 
 ArchiveReader::Outcome LibarchiveReader::step() {
-    if (!open_)
+    if (state_ == State::fresh)
+        state_ = archive_read_open1(archive_.get()) == ARCHIVE_OK ? State::reading : State::broken;
+    // Another call would replace the words for what broke it.
+    if (state_ == State::broken)
         return Outcome::failed;
     const int result = archive_read_next_header(archive_.get(), &entry_);
     if (result == ARCHIVE_EOF)
         return Outcome::end;
     return result == ARCHIVE_OK && entry_ ? Outcome::done : Outcome::failed;
+}
+
+ArchiveReader::Outcome LibarchiveReader::passOver() {
+    const int result = archive_read_data_skip(archive_.get());
+    if (result == ARCHIVE_FATAL)
+        state_ = State::broken;
+    return result < 0 ? Outcome::failed : Outcome::done;
 }
 
 ArchiveReader::Outcome LibarchiveReader::next(EntryFacts& facts) {
@@ -136,8 +144,8 @@ ArchiveReader::Outcome LibarchiveReader::next(EntryFacts& facts) {
         request_.pulse();
         if (const auto outcome = step(); outcome != Outcome::done)
             return outcome;
-        if (archive_read_data_skip(archive_.get()) < 0)
-            return Outcome::failed;
+        if (const auto outcome = passOver(); outcome != Outcome::done)
+            return outcome;
     }
     if (const auto outcome = step(); outcome != Outcome::done)
         return outcome;
@@ -164,7 +172,7 @@ ArchiveReader::Outcome LibarchiveReader::next(EntryFacts& facts) {
 
 ArchiveReader::Outcome LibarchiveReader::skip() {
     const Utf8Names names(locale_);
-    return archive_read_data_skip(archive_.get()) < 0 ? Outcome::failed : Outcome::done;
+    return passOver();
 }
 
 std::optional<size_t> LibarchiveReader::read(std::span<char> buffer) {

@@ -31,14 +31,17 @@ private:
         void operator()(archive* handle) const;
     };
 
+    enum class State { fresh, reading, broken };
+
     Outcome step();
+    Outcome passOver();
 
     ArchiveRequest request_;
     locale_t locale_;
     std::unique_ptr<Source> source_;
     std::unique_ptr<archive, ArchiveCloser> archive_;
     archive_entry* entry_ = nullptr;
-    bool open_ = false;
+    State state_ = State::fresh;
 };
 
 } // namespace quillmere

@@ -13,7 +13,6 @@ namespace quillmere {
 namespace {
 
 constexpr int tickMicroseconds = 100'000;
-constexpr int ticksToSignOfLife = 10;
 
 Outbox* current = nullptr; // for the signal
 
@@ -27,7 +26,6 @@ void setTimer(int microseconds) {
 
 Outbox::Outbox(int descriptor) : descriptor_(descriptor) {
     pending_.reserve(2 * archiveProtocol::maxData);
-    archiveProtocol::appendPlain(alive_, archiveProtocol::Kind::alive);
     current = this;
     struct sigaction action{};
     action.sa_handler = tick;
@@ -51,24 +49,14 @@ void Outbox::tick(int) {
     if (outbox.busy_)
         return;
     const int error = errno;
-    if (!outbox.pending_.empty()) {
-        outbox.write();
-    } else if (++outbox.ticks_ >= ticksToSignOfLife) {
-        outbox.ticks_ = 0;
-        outbox.write(outbox.alive_);
-    }
+    outbox.write();
     errno = error;
 }
 
 void Outbox::write() {
-    write(pending_);
-    pending_.clear();
-    ticks_ = 0;
-}
-
-void Outbox::write(const std::string& bytes) const {
-    if (!writeAll(descriptor_, bytes))
+    if (!writeAll(descriptor_, pending_))
         ::_exit(1); // nobody listens any more
+    pending_.clear();
 }
 
 } // namespace quillmere

@@ -7,7 +7,7 @@
 namespace quillmere {
 
 /// Sends frames down a pipe: many small ones in one write, and all that is there a moment later even while the caller
-/// is deep inside a long call, with a sign of life every second. A timer's signal does the latter rather than a thread,
+/// is deep inside a long call. A timer's signal does the latter rather than a thread,
 /// because libarchive's countless small allocations cost half as much again in a process with threads. A caller that is
 /// ahead of the other side waits. One at a time, one thread.
 class Outbox {
@@ -52,12 +52,9 @@ private:
 
     static void tick(int);
     void write();
-    void write(const std::string& bytes) const;
 
     int descriptor_;
     std::string pending_;
-    std::string alive_;
-    int ticks_ = 0; ///< since something was sent
     volatile std::sig_atomic_t busy_ = 0;
 };
 

@@ -1,8 +1,10 @@
 // Reads one archive for the desktop program, in a process that can be killed at any time and can do nothing else. It
 // makes itself ready, waits on standard input (a socket) for what to read, and answers with frames on standard output
-// (ArchiveProtocol.h): for all entries each header followed by "skipped", for one entry its header and its data.
+// (ArchiveProtocol.h): "taken", then for all entries each header followed by "skipped" or a failure, for one entry its
+// header and its data.
 
 #include "containers/ArchiveProtocol.h"
+#include "helpers/archive-reader/CharacterConverters.h"
 #include "helpers/archive-reader/LibarchiveReader.h"
 #include "helpers/archive-reader/Lockdown.h"
 #include "helpers/archive-reader/Outbox.h"
@@ -59,9 +61,10 @@ bool sendHeader(Outbox& outbox, ArchiveReader& reader, EntryFacts& facts) {
 void sendAll(Outbox& outbox, ArchiveReader& reader) {
     EntryFacts facts;
     while (sendHeader(outbox, reader, facts)) {
-        if (reader.skip() != Outcome::done)
-            return sendFailure(outbox, reader);
-        sendPlain(outbox, Kind::skipped);
+        if (reader.skip() == Outcome::done)
+            sendPlain(outbox, Kind::skipped);
+        else
+            sendFailure(outbox, reader); // whether that ends the reading is the other side's to say
     }
 }
 
@@ -83,6 +86,8 @@ void sendOne(Outbox& outbox, ArchiveReader& reader) {
 /// Answers one request.
 ExitCode serve() {
     loadCharacterTypes();
+    const CharacterConverters converters;
+    beFirstToGo();
     if (!lockDown())
         return notConfined;
     auto request = archiveProtocol::receiveRequest(STDIN_FILENO);
@@ -91,6 +96,8 @@ ExitCode serve() {
     const bool one = request->only.has_value();
     Outbox outbox(STDOUT_FILENO);
     LibarchiveReader reader(std::move(*request));
+    sendPlain(outbox, Kind::taken);
+    outbox.flush();
     if (one)
         sendOne(outbox, reader);
     else

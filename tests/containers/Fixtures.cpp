@@ -40,6 +40,16 @@ uint32_t crc32(std::string_view bytes) {
     return ~crc;
 }
 
+uint16_t crc16(std::string_view bytes) {
+    uint16_t crc = 0;
+    for (const char c : bytes) {
+        crc ^= static_cast<unsigned char>(c);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = static_cast<uint16_t>(crc >> 1U ^ ((crc & 1U) != 0 ? 0xA001U : 0U));
+    }
+    return crc;
+}
+
 void place(std::string& block, size_t at, const std::string& bytes) {
     block.replace(at, bytes.size(), bytes);
 }
@@ -132,6 +142,22 @@ std::string archiveOf(const char* format, const char* filter, const std::vector<
     }
     EXPECT_EQ(archive_write_close(writer.get()), ARCHIVE_OK);
     return bytes;
+}
+
+std::string lhaOf(std::string_view name, std::string_view data, uint32_t codePage) {
+    const auto extension = [](uint8_t type, std::string_view body) {
+        const std::string tagged = static_cast<char>(type) + std::string(body);
+        return little(static_cast<uint16_t>(tagged.size() + sizeof(uint16_t))) + tagged;
+    };
+    const auto size = little(static_cast<uint32_t>(data.size()));
+    constexpr uint32_t modified = 1'700'000'000;
+    std::string header = "-lh0-" + size + size + little(modified) + "\x20\x02" + little(crc16(data)) + "U";
+    header += extension(0, std::string(2, '\0')) + extension(1, name) + extension(0x46, little(codePage));
+    header += little(uint16_t{0});
+    header = little(static_cast<uint16_t>(header.size() + sizeof(uint16_t))) + header;
+    constexpr size_t ownSum = 27; // counted as zero
+    place(header, ownSum, little(crc16(header)));
+    return header + std::string(data) + '\0';
 }
 
 std::string xarOf(std::string_view xml) {
@@ -242,7 +268,7 @@ ContainerFixture::~ContainerFixture() {
 }
 
 ArchiveReaderFactory ContainerFixture::confinedReaders() {
-    return ConfinedArchiveReader::factory({.program = FileUrl(ARCHIVE_READER)});
+    return ConfinedArchiveReader::factory(FileUrl(ARCHIVE_READER));
 }
 
 void ContainerFixture::useReaders(ArchiveReaderFactory readers) {

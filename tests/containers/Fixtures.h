@@ -35,6 +35,9 @@ std::string zipOf(const std::vector<ZipMember>& members);
 /// Written by libarchive with these format and filter names ("7zip", "gzip", ...).
 std::string archiveOf(const char* format, const char* filter, const std::vector<TarMember>& members);
 
+/// An LHA archive with one stored file, whose name is in the given code page.
+std::string lhaOf(std::string_view name, std::string_view data, uint32_t codePage);
+
 /// A xar whose table of contents is this XML.
 std::string xarOf(std::string_view xml);
 

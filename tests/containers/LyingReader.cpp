@@ -28,6 +28,12 @@ std::string plain(Kind kind) {
     return bytes;
 }
 
+std::string failure(const std::string& words) {
+    std::string bytes;
+    archiveProtocol::appendFailure(bytes, words);
+    return bytes;
+}
+
 std::string data(const std::string& content) {
     std::string bytes;
     archiveProtocol::appendData(bytes, content);
@@ -44,15 +50,17 @@ int main() {
     [[maybe_unused]] const auto count = ::read(request->file.get(), text, sizeof text - 1);
     const std::string lie = text;
     const bool isScan = !request->only;
+    if (lie == "never answers")
+        return 0;
+    if (lie == "mute")
+        ::pause();
+    say(lie == "answers nonsense" ? plain(Kind::end) : plain(Kind::taken));
     const std::string listing = header("a", 3) + plain(Kind::skipped) + plain(Kind::end);
 
     if (lie == "crash at once")
         ::raise(SIGSEGV);
     if (lie == "silent")
         ::pause();
-    if (lie == "busy")
-        for (;; ::usleep(10'000))
-            say(plain(Kind::alive));
     if (lie == "crash in the middle") {
         say(header("a", 3));
         ::raise(SIGKILL);
@@ -72,6 +80,10 @@ int main() {
     if (lie == "endless entries")
         for (int i = 0;; ++i)
             say(header(std::to_string(i), 0) + plain(Kind::skipped));
+    if (lie == "root not passed over")
+        say(header("./", 3) + failure("no way over") + listing);
+    if (lie == "entry not passed over")
+        say(header("a", 3) + failure("no way over") + plain(Kind::end));
     if (lie == "climbing name")
         say(header("../a", 3));
     if (!lie.starts_with("extract "))
@@ -84,8 +96,8 @@ int main() {
         for (say(header("a", 3));;)
             say(data("more"));
     else if (lie == "extract slowly")
-        for (say(header("a", 3) + data("a"));; ::usleep(10'000))
-            say(plain(Kind::alive));
+        for (say(header("a", 3) + data("a"));;)
+            ::pause();
     else if (lie == "extract short")
         say(header("a", 3) + data("ab") + plain(Kind::dataEnd));
     else if (lie == "extract header again")
