@@ -79,11 +79,10 @@ void ContainerWork::runContainerOperation(const std::string& name, const std::op
     services_.channel.setContainerToken(token);
     host_.willBrowse();
     services_.channel.sendBusy(ticket, name);
+    const auto browser = containers();
     platform::runInBackground(
         *containerQueue_, services_.executors.main(), weak_from_this(),
-        [browser = containers(), operation = std::move(operation), cancelled] {
-            return itemOf(operation(*browser, cancelled));
-        },
+        [browser, operation = std::move(operation), cancelled] { return itemOf(operation(*browser, cancelled)); },
         [ticket, cancelled, name, token](ContainerWork& self, const Outcome<BrowsedItem>& outcome) {
             if (!self.services_.requests.isCurrent(ticket) || cancelled())
                 return;
@@ -100,6 +99,8 @@ void ContainerWork::runContainerOperation(const std::string& name, const std::op
             else
                 self.showListing(std::get<WrittenListing>(*item), name, ticket);
         });
+    // Behind what somebody waits for, and until the next operation.
+    containerQueue_->submit([browser, cancelled] { browser->sweep(cancelled); });
 }
 
 void ContainerWork::showListing(const WrittenListing& listing, const std::string& operationName,

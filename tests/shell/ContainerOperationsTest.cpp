@@ -41,6 +41,16 @@ TEST_F(ContainerOperationsTest, AFolderIsListed) {
     EXPECT_EQ(window().representedFile, at("things"));
 }
 
+TEST_F(ContainerOperationsTest, OldPreviewsGoBehindTheFirstListing) {
+    const std::string old = "home/.cache/Quillmere/ContainerPreviews/0E1F5C9A-4B7D-4C55-9A6D-2F6B1C3D4E5F";
+    write(old + "/entry/a.txt");
+    std::filesystem::last_write_time(at(old).filesystemPath(),
+                                     std::filesystem::file_time_type::clock::now() - std::chrono::days(20));
+    browse();
+    settle();
+    EXPECT_FALSE(std::filesystem::exists(at(old).filesystemPath()));
+}
+
 TEST_F(ContainerOperationsTest, DocumentsKeepTheirContainer) {
     const auto listing = browse();
     openEntry(listing, "note.txt");
