@@ -1,10 +1,10 @@
 #include "base/CommandLine.h"
+#include "base/FolderAccess.h"
 #include "base/RegularFile.h"
 #include "base/Text.h"
 #include "base/WeakCallback.h"
 #include "files/AppAddress.h"
 #include "lifecycle/ApplicationRegistration.h"
-#include "platform/common/TemporaryFolder.h"
 #include "prepare/CacheHousekeeping.h"
 #include "shell/MainMenu.h"
 #include "shell/QuillmereDelegate.h"
@@ -32,7 +32,7 @@ std::optional<std::string> readUserScript(const FileUrl& resources) {
 /// Later users of a folder that could not be made report their own failures.
 void createFolder(const FileUrl& folder) {
     try {
-        platform::makePrivateFolders(folder);
+        makePrivateFolders(folder);
     } catch (const std::exception&) {
         return;
     }

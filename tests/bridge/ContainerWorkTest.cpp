@@ -1,5 +1,5 @@
 #include "bridge/ContainerWork.h"
-#include "containers/LibarchiveReader.h"
+#include "helpers/archive-reader/LibarchiveReader.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "tests/bridge/Messages.h"
 #include "tests/support/Sandbox.h"
