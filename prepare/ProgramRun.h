@@ -1,20 +1,49 @@
 #pragma once
 
 #include "base/Clock.h"
-#include "platform/common/ChildProcess.h"
-#include "platform/common/TemporaryFolder.h"
+#include "platform/common/Confinement.h"
+#include "prepare/Converter.h"
 
 #include <chrono>
-#include <memory>
+#include <string>
+#include <vector>
 
 namespace quillmere {
 
-inline constexpr const char* converterFailure = "The file converter could not open this document.";
+/// One run of an external converter.
+struct ProgramRun {
+    std::vector<FileUrl> programs; // the first that can be started does it
+    std::vector<std::string> arguments;
+    FileUrl original; // may be read
+    WorkFolder work;  // may be written, and stays until the program is gone
+    platform::UserFonts fonts = platform::UserFonts::hidden;
+};
 
-/// Runs a program to its end; returns when its exit status is 0. Throws FileFailure when it fails or is still running
-/// after `limit`, and the launch error when it cannot be started. A program past its limit is asked to end and killed
-/// soon after; this call does not wait for that, but `work` stays until the program is gone.
-void runProgram(const platform::ProcessSpec& program, std::chrono::seconds limit, const SteadyClock& clock,
-                std::shared_ptr<const platform::TemporaryFolder> work);
+/// Runs external converters, confined and within their limit of time.
+class ProgramRunner {
+public:
+    static constexpr std::chrono::seconds timeLimit{180};
+
+    /// `confinement` outlives the runner.
+    ProgramRunner(const platform::Confinement& confinement, SteadyClock clock);
+
+    /// Returns when the program has ended with status 0. Throws FileFailure when it fails or is still running at the
+    /// limit, and the launch error when none can be started. A program past its limit is asked to end and killed soon
+    /// after; this call does not wait for that.
+    void run(const ProgramRun& run) const;
+
+    bool hasWall() const { return confinement_.hasWall(); }
+    SteadyTime now() const { return clock_(); }
+
+private:
+    platform::ExitStatus runOne(const FileUrl& program, const ProgramRun& run) const;
+
+    const platform::Confinement& confinement_;
+    SteadyClock clock_;
+};
+
+/// The candidates that are executable files, in their order; a star in a path stands for any name, the newest version
+/// first. Looked for anew each time.
+std::vector<FileUrl> executables(const std::vector<FileUrl>& candidates);
 
 } // namespace quillmere

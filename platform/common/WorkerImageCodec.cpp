@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -32,9 +33,12 @@ ImageOutcome WorkerImageCodec::writeThumbnail(const FileUrl& source, const FileU
         const auto work = TemporaryFolder::makeInside(output.parent());
         const FileUrl produced = work->url().appending("image.png");
         const ImageOutcome outcome = runWorker(source, produced, maxSide);
-        if (outcome == ImageOutcome::written && std::rename(produced.path().c_str(), output.path().c_str()) != 0)
-            return ImageOutcome::writeFailed;
-        return outcome;
+        if (outcome != ImageOutcome::written)
+            return outcome;
+        // A link left by a worker that was taken over would lead to any file of the user.
+        if (std::filesystem::symlink_status(produced.filesystemPath()).type() != std::filesystem::file_type::regular)
+            return ImageOutcome::unreadable;
+        return std::rename(produced.path().c_str(), output.path().c_str()) == 0 ? outcome : ImageOutcome::writeFailed;
     } catch (const std::exception&) {
         return ImageOutcome::writeFailed; // no folder to write to, or no program to write
     }

@@ -2,6 +2,7 @@
 
 #include "base/Clock.h"
 #include "platform/MediaExporter.h"
+#include "tests/platform/common/WholeFiles.h"
 
 #include <atomic>
 #include <fstream>
@@ -29,7 +30,8 @@ private:
         explicit Session(DrivenExporter& owner) : owner_(owner) {}
         void exportAsynchronously(const platform::ExportRequest& request, std::function<void()> completion) override {
             owner_.request = request;
-            std::ofstream(request.output.filesystemPath()) << (owner_.end == End::completes ? "exported" : "partial");
+            std::ofstream(request.output.filesystemPath())
+                << (owner_.end == End::completes ? mediaAround("exported\n") : "partial");
             if (owner_.end != End::hangs)
                 completion();
         }

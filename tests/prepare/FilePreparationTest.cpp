@@ -6,11 +6,14 @@
 #include "base/Uuid.h"
 #include "platform/headless/HeadlessServices.h"
 #include "tests/platform/common/Processes.h"
+#include "tests/platform/common/WholeFiles.h"
 #include "tests/prepare/Fakes.h"
 #include "tests/support/Sandbox.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <latch>
+#include <span>
 #include <sstream>
 #include <sys/stat.h>
 #include <thread>
@@ -22,6 +25,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using tests::DrivenExporter;
 using tests::Sandbox;
+using tests::textInside;
 
 constexpr const char* timedOut = "File conversion timed out.";
 constexpr const char* refused = "The file converter could not open this document.";
@@ -57,7 +61,8 @@ protected:
         return cache.appending(FilePreparation::key(file) + "." + std::string(ext));
     }
     std::vector<std::string> cacheNames() const {
-        return std::filesystem::exists(cache.filesystemPath()) ? sandbox.names("cache") : std::vector<std::string>{};
+        return std::filesystem::exists(cache.filesystemPath()) ? sandbox.names(cache.lastPathComponent())
+                                                               : std::vector<std::string>{};
     }
 
     Sandbox sandbox;
@@ -170,7 +175,7 @@ TEST_F(FilePreparationTest, AFileThatChangesMeanwhileIsConvertedAnew) {
             sandbox.write("photo.heic", "changed");
     };
     const PreparedFile prepared = prepare(file);
-    EXPECT_EQ(Sandbox::read(prepared.file), "changed");
+    EXPECT_THAT(Sandbox::read(prepared.file), testing::HasSubstr("changed"));
     EXPECT_EQ(prepared.file, result(file, "png"));
     EXPECT_FALSE(std::filesystem::exists(before.filesystemPath()));
 }
@@ -184,29 +189,38 @@ TEST_F(FilePreparationTest, ImagesFailAsTheCodecSays) {
 }
 
 TEST_F(FilePreparationTest, LibreOfficeGetsItsArguments) {
-    // A name that is no UTF-8 cannot be told to LibreOffice: it gets a link of another name.
-    for (const std::string name : {"-dash 100%.docx", "\xff\xe4.docx"}) {
-        const FileUrl file = sandbox.write(name, "write");
-        const PreparedFile prepared = prepare(file);
-        std::istringstream written(Sandbox::read(prepared.file));
-        std::vector<std::string> arguments;
-        for (std::string line; std::getline(written, line);)
-            arguments.push_back(line);
-        ASSERT_EQ(arguments.size(), 8U);
-        const FileUrl work{arguments[6]};
-        EXPECT_EQ(work.parent(), cache);
-        const FileUrl handedOver = isValidUtf8(name) ? file : work.appending("document.docx");
-        EXPECT_THAT(arguments,
-                    ElementsAre("-env:UserInstallation=" + work.appending("profile").uri(), "--headless", "--norestore",
-                                "--convert-to", "pdf", "--outdir", work.path(), handedOver.path()));
-    }
-    EXPECT_EQ(cacheNames().size(), 2U);
+    // Some names cannot be told to LibreOffice, which then gets a link of another name; and what looks encoded in the
+    // folder it would decode.
+    for (const std::string folder : {"cache", "ca%41che 100%"})
+        for (const std::string& name : {std::string("-dash 100%.docx"), std::string("\xff\xe4.docx"),
+                                        std::string(243, 'n') + ".doc", std::string(244, 'n') + ".doc"}) {
+            cache = sandbox.at(folder);
+            const FileUrl file = sandbox.write(name, "write");
+            const PreparedFile prepared = prepare(file);
+            std::istringstream written(textInside(Sandbox::read(prepared.file)));
+            std::vector<std::string> arguments;
+            for (std::string line; std::getline(written, line);)
+                arguments.push_back(line);
+            ASSERT_EQ(arguments.size(), 8U);
+            const FileUrl work{folder == "cache" ? arguments[6]
+                                                 : arguments[6].erase(arguments[6].find("%2541") + 1, 2)};
+            EXPECT_EQ(work.parent(), cache);
+            const bool isTellable = isValidUtf8(name) && name.size() < 248;
+            const FileUrl handedOver =
+                isTellable ? file : work.appending(name.ends_with("docx") ? "document.docx" : "document.doc");
+            EXPECT_EQ(arguments[0], "-env:UserInstallation=" + work.appending("profile").uri());
+            EXPECT_EQ(arguments[7], handedOver.path());
+            arguments.resize(6);
+            EXPECT_THAT(std::span(arguments).subspan(1),
+                        ElementsAre("--headless", "--norestore", "--convert-to", "pdf", "--outdir"));
+        }
+    EXPECT_EQ(cacheNames().size(), 4U);
 }
 
 TEST_F(FilePreparationTest, FfmpegGetsItsArguments) {
     const FileUrl file = sandbox.write("film.avi", "write");
     const auto arguments = [&](MediaKind kind) {
-        std::string text = Sandbox::read(preparation(walled).transcode(file, cache, kind).file);
+        std::string text = textInside(Sandbox::read(preparation(walled).transcode(file, cache, kind).file));
         // The output has a name of its own until it is finished, and the extension by which ffmpeg picks the format.
         const auto output = text.find(cache.path());
         EXPECT_NE(output, std::string::npos);
@@ -231,6 +245,18 @@ TEST_F(FilePreparationTest, FailingConvertersLeaveASentenceAndNothingElse) {
             EXPECT_EQ(failure([&] { preparation(*confinement).transcode(film, cache, MediaKind::video); }), refused);
             EXPECT_THAT(cacheNames(), IsEmpty());
         }
+    const FileUrl secret = sandbox.write("secret.pdf", tests::pdfAround("secret"));
+    for (const std::string& script :
+         {std::string("cut"), std::string("empty"), std::string("folder"), "link=" + secret.path()}) {
+        SCOPED_TRACE(script);
+        for (const auto* confinement : {&walled, &limited}) {
+            const FileUrl letter = sandbox.write("letter.docx", script);
+            EXPECT_EQ(failure([&] { preparation(*confinement).prepare(letter, cache); }), refused);
+            const FileUrl film = sandbox.write("film.avi", std::string(1, '\0') + script);
+            EXPECT_EQ(failure([&] { preparation(*confinement).transcode(film, cache, MediaKind::video); }), refused);
+            EXPECT_THAT(cacheNames(), IsEmpty());
+        }
+    }
     const FileUrl silent = sandbox.write("silent.avi", "exit=0");
     EXPECT_EQ(failure([&] { preparation(walled).transcode(silent, cache, MediaKind::video); }), noCodec);
     const FileUrl missing = sandbox.at("missing.docx");
@@ -267,14 +293,14 @@ TEST_F(FilePreparationTest, TheExporterComesFirstAndItsPartialOutputGoes) {
     const FileUrl song = sandbox.write("song.wma", "write");
     const auto transcode = [&](const FileUrl& file, MediaKind kind) {
         std::filesystem::remove_all(cache.filesystemPath());
-        return Sandbox::read(preparation(walled).transcode(file, cache, kind).file);
+        return textInside(Sandbox::read(preparation(walled).transcode(file, cache, kind).file));
     };
     exporter.end = DrivenExporter::End::completes;
-    EXPECT_EQ(transcode(film, MediaKind::video), "exported");
+    EXPECT_EQ(transcode(film, MediaKind::video), "exported\n");
     EXPECT_EQ(exporter.preset, platform::ExportPreset::video1280x720);
     EXPECT_EQ(exporter.request->type, platform::ExportFileType::mpeg4);
     EXPECT_TRUE(exporter.request->optimizeForNetworkUse);
-    EXPECT_EQ(transcode(song, MediaKind::audio), "exported");
+    EXPECT_EQ(transcode(song, MediaKind::audio), "exported\n");
     EXPECT_EQ(exporter.preset, platform::ExportPreset::audioM4a);
     EXPECT_EQ(exporter.request->type, platform::ExportFileType::m4a);
 
@@ -306,28 +332,122 @@ TEST_F(FilePreparationTest, ConvertersAreTheFirstExecutableCandidates) {
     ffmpeg = {plain};
     EXPECT_EQ(preparation(walled).libreOffice(), second);
     EXPECT_EQ(preparation(walled).ffmpeg(), std::nullopt);
+    for (const char* version : {"suite7.9", "suite7.10"})
+        sandbox.writeProgram(std::string(version) + "/program/soffice");
+    libreOffice = {sandbox.at("missing"), sandbox.at("suite*/program/soffice")};
+    EXPECT_EQ(preparation(walled).libreOffice(), sandbox.at("suite7.10/program/soffice"));
     libreOffice.clear();
     const FileUrl letter = sandbox.write("letter.docx", "write");
     EXPECT_EQ(prepare(letter), (PreparedFile{letter, "docx"}));
 }
 
-TEST_F(FilePreparationTest, ACacheThatCannotBeWrittenToGivesASentence) {
+TEST_F(FilePreparationTest, ACandidateThatCannotStartYieldsToTheNext) {
+    const FileUrl broken = sandbox.writeProgram("broken", "#!/nonexistent/interpreter\n");
+    const FileUrl unloadable = sandbox.writeProgram("unloadable", "#!/bin/sh\nexit 127\n");
+    const FileUrl failing = sandbox.writeProgram("failing", "#!/bin/sh\nexit 1\n");
+    const FileUrl letter = sandbox.write("letter.docx", "write");
+    for (const auto* confinement : {&walled, &limited}) {
+        libreOffice = {broken, unloadable, FileUrl(STAND_IN)};
+        EXPECT_EQ(preparation(*confinement).prepare(letter, cache).ext, "pdf");
+        std::filesystem::remove_all(cache.filesystemPath());
+        libreOffice = {failing, FileUrl(STAND_IN)};
+        EXPECT_EQ(failure([&] { preparation(*confinement).prepare(letter, cache); }), refused);
+        libreOffice = {broken, unloadable};
+        EXPECT_NE(failure([&] { preparation(*confinement).prepare(letter, cache); }), "no failure");
+        EXPECT_THAT(cacheNames(), IsEmpty());
+    }
+}
+
+TEST_F(FilePreparationTest, ACacheThatCannotBeUsedNamesTheDocument) {
     sandbox.write("file", "not a folder");
     std::filesystem::create_symlink("nowhere", sandbox.at("link").path());
+    std::filesystem::permissions(sandbox.folder("open to all").filesystemPath(), std::filesystem::perms::all);
     const FileUrl letter = sandbox.write("letter.docx", "write");
     const FileUrl photo = sandbox.write("photo.heic", "image");
-    for (const char* name : {"file", "file/below", "link", "link/below"}) {
+    for (const char* name : {"file", "file/below", "link", "link/below", "open to all"}) {
         SCOPED_TRACE(name);
         cache = sandbox.at(name);
-        EXPECT_THAT(failure([&] { prepare(letter); }), testing::EndsWith("."));
-        EXPECT_EQ(failure([&] { prepare(photo); }), "The image could not be decoded by macOS.");
+        const std::string planted = "planted by somebody else";
+        if (std::string_view(name) == "open to all")
+            for (const FileUrl& file : {result(letter, "pdf"), result(photo, "png")})
+                sandbox.write("open to all/" + file.lastPathComponent(), planted);
+        EXPECT_EQ(failure([&] { prepare(letter); }), "“letter.docx” could not be converted because the folder for "
+                                                     "converted files cannot be used.");
+        EXPECT_EQ(prepare(photo), (PreparedFile{photo, "heic"}));
     }
     EXPECT_EQ(Sandbox::read(sandbox.at("file")), "not a folder");
     // A link to a folder is a folder.
-    std::filesystem::create_directory(sandbox.at("elsewhere").path());
+    std::filesystem::permissions(sandbox.folder("elsewhere").filesystemPath(), std::filesystem::perms::owner_all);
     std::filesystem::create_directory_symlink(sandbox.at("elsewhere").path(), sandbox.at("folder").path());
     cache = sandbox.at("folder");
     EXPECT_EQ(prepare(letter).ext, "pdf");
+}
+
+TEST_F(FilePreparationTest, OnlyARegularFileIsAResult) {
+    const FileUrl letter = sandbox.write("letter.docx", "write");
+    const FileUrl secret = sandbox.write("secret.pdf", tests::pdfAround("secret"));
+    sandbox.folder("cache");
+    std::filesystem::permissions(cache.filesystemPath(), std::filesystem::perms::owner_all);
+    std::filesystem::create_symlink(secret.path(), result(letter, "pdf").path());
+    EXPECT_THAT(Sandbox::read(prepare(letter).file), testing::Not(testing::HasSubstr("secret")));
+    EXPECT_FALSE(std::filesystem::is_symlink(result(letter, "pdf").path()));
+    EXPECT_THAT(Sandbox::read(secret), testing::HasSubstr("secret"));
+}
+
+TEST_F(FilePreparationTest, AllWhoWaitForAFileThatChangesGetItAsItIs) {
+    const FileUrl file = sandbox.write("photo.heic", "before");
+    const auto shared = preparation(walled);
+    std::latch firstRuns(1);
+    std::latch hasChanged(1);
+    images.meanwhile = [&] {
+        if (images.calls != 1)
+            return;
+        firstRuns.count_down();
+        hasChanged.wait();
+    };
+    std::vector<std::optional<PreparedFile>> prepared(3);
+    const auto ask = [&](std::optional<PreparedFile>& answer) {
+        return std::jthread([&] { answer = shared.prepare(file, cache); });
+    };
+    std::jthread first = ask(prepared[0]);
+    firstRuns.wait();
+    std::vector<std::jthread> others;
+    for (const size_t i : {1U, 2U})
+        others.push_back(ask(prepared[i]));
+    // They have found the first at work, on what the file holds now.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    sandbox.write("photo.heic", "changed");
+    hasChanged.count_down();
+    first.join();
+    others.clear();
+    for (const auto& answer : prepared)
+        EXPECT_EQ(answer, (PreparedFile{result(file, "png"), "png"}));
+    EXPECT_EQ(images.calls, 2);
+}
+
+TEST_F(FilePreparationTest, ASupersededRequestEndsSilentlyUnlessItsConverterRuns) {
+    const FileUrl film = sandbox.write("film.avi", std::string("\0write", 6));
+    std::stop_source superseded;
+    superseded.request_stop();
+    EXPECT_THROW(preparation(walled).prepare(film, cache, superseded.get_token()), CancellationError);
+    EXPECT_THAT(cacheNames(), IsEmpty());
+    // What is there already needs no converter.
+    const PreparedFile prepared = preparation(walled).prepare(film, cache);
+    EXPECT_EQ(preparation(walled).prepare(film, cache, superseded.get_token()), prepared);
+    std::stop_source late;
+    const FileUrl photo = sandbox.write("photo.heic", "image");
+    images.meanwhile = [&] { late.request_stop(); };
+    EXPECT_EQ(preparation(walled).prepare(photo, cache, late.get_token()).ext, "png");
+}
+
+TEST_F(FilePreparationTest, NoPlaylistReachesFfmpegWhateverStandsBeforeIt) {
+    for (const std::string mark : {"ffconcat version 1.0", "#EXTM3U", "<mpd profiles=\"urn:mpeg:dash:profile:full\">",
+                                   "<CompositionPlaylist>", "c=IN IP4 127.0.0.1", "# VobSub index file, v7"})
+        for (const std::string& before : {std::string(1, '\1'), "ID3" + std::string(600'000, '\0')}) {
+            SCOPED_TRACE(mark);
+            const FileUrl film = sandbox.write("film.avi", " write exit=0 " + before + "\n" + mark + "\n");
+            EXPECT_EQ(failure([&] { preparation(walled).transcode(film, cache, MediaKind::video); }), refused);
+        }
 }
 
 TEST_F(FilePreparationTest, TransportStreamsHaveThreeSyncBytes) {

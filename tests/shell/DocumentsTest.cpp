@@ -76,7 +76,9 @@ TEST_F(DocumentsTest, OldOfficeFilesGoToTheNativePreview) {
 }
 
 TEST_F(DocumentsTest, AMediaFileIsConvertedOnceWhenThePageCannotPlayIt) {
-    writeProgram("ffmpeg", "#!/bin/sh\nfor last; do :; done; echo film > \"$last\"\n");
+    writeProgram("ffmpeg", R"(#!/bin/sh
+for last; do :; done; printf '\0\0\0\10ftyp\0\0\0\10mdat\0\0\0\10moov' >"$last"
+)");
     page().drop({write("clip.webm", "\x1A\x45\xDF\xA3 codec of the day")});
     const auto open = await("open");
     const auto url = *stringField(open, "url");
@@ -92,7 +94,7 @@ TEST_F(DocumentsTest, AMediaFileIsConvertedOnceWhenThePageCannotPlayIt) {
     EXPECT_THAT(converted, HasText("ext", "mp4"));
     EXPECT_THAT(converted, HasText("originalExt", "webm"));
     EXPECT_THAT(converted, HasText("name", "clip.webm"));
-    EXPECT_EQ(converted.at("size").as_int64(), 5);
+    EXPECT_EQ(converted.at("size").as_int64(), 24);
 
     post({{"type", "transcode-media"}, {"url", converted.at("url")}});
     EXPECT_EQ(received("error").at(0),

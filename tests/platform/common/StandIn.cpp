@@ -1,6 +1,8 @@
 // Stands in for a converter. What it does is told by its first argument after "do:", or else by the contents of its
 // input file: words separated by blanks or NULs, obeyed in order. Its arguments are what it writes, one a line.
 
+#include "tests/platform/common/WholeFiles.h"
+
 #include <arpa/inet.h>
 #include <csignal>
 #include <cstdlib>
@@ -32,6 +34,21 @@ struct Job {
     std::string output;
 };
 
+/// As LibreOffice reads the folder for its results.
+std::string decoded(const std::string& path) {
+    std::string text;
+    for (size_t i = 0; i < path.size(); ++i) {
+        const std::string digits = path[i] == '%' ? path.substr(i + 1, 2) : "";
+        if (digits.size() == 2 && digits.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos) {
+            text += static_cast<char>(std::stoi(digits, nullptr, 16));
+            i += 2;
+        } else {
+            text += path[i];
+        }
+    }
+    return text;
+}
+
 Job jobOf(int count, char** values) {
     Job job{{values + 1, values + count}, {}, {}};
     for (size_t i = 0; i + 1 < job.arguments.size(); ++i) {
@@ -41,7 +58,7 @@ Job jobOf(int count, char** values) {
         } else if (job.arguments[i] == "--outdir") {
             job.input = job.arguments.back();
             const std::string name = job.input.substr(job.input.rfind('/') + 1);
-            job.output = job.arguments[i + 1] + "/" + name.substr(0, name.rfind('.')) + ".pdf";
+            job.output = decoded(job.arguments[i + 1]) + "/" + name.substr(0, name.rfind('.')) + ".pdf";
         }
     }
     return job;
@@ -86,10 +103,21 @@ void litter(const std::string& output) {
 
 int obey(const std::string& word, const Job& job) {
     const std::string value = word.substr(word.find('=') + 1);
-    if (word == "write") {
-        std::ofstream file(job.output, std::ios::binary);
+    if (word == "write" || word == "cut") {
+        std::string text;
         for (const auto& argument : job.arguments)
-            file << argument << '\n';
+            text += argument + '\n';
+        std::string file =
+            job.output.ends_with(".pdf") ? quillmere::tests::pdfAround(text) : quillmere::tests::mediaAround(text);
+        if (word == "cut")
+            file.resize(file.size() - 6);
+        std::ofstream(job.output, std::ios::binary) << file;
+    } else if (word == "empty") {
+        std::ofstream(job.output, std::ios::binary).flush();
+    } else if (word == "folder") {
+        std::filesystem::create_directory(job.output);
+    } else if (word.starts_with("link=")) {
+        std::filesystem::create_symlink(value, job.output);
     } else if (word == "sleep") {
         sleepForever();
     } else if (word == "ignore-term") {
