@@ -1,6 +1,7 @@
 #include "helpers/image-worker/ImageReader.h"
 
 #include "base/FileUrl.h"
+#include "helpers/image-worker/BmpReader.h"
 #include "helpers/image-worker/IcnsReader.h"
 #include "helpers/image-worker/PsdReader.h"
 #include "helpers/image-worker/RawReader.h"
@@ -38,6 +39,13 @@ VipsImageRef owned(VipsImage* image) {
 /// By reference: the arguments of a call may be evaluated in any order.
 VipsImageRef loaded(int status, VipsImage* const& image) {
     return owned(status == 0 ? image : nullptr);
+}
+
+/// Whether the contents are of a format that no camera file has.
+bool isPicture(std::string_view head) {
+    return head.starts_with("\x89PNG"sv) || head.starts_with("\xff\xd8\xff"sv) || head.starts_with("8BPS") ||
+           head.starts_with("icns") || head.starts_with("GIF8") || head.starts_with("BM") ||
+           head.starts_with("\0\0\0\x0cjP  "sv) || head.starts_with("\xff\x4f\xff\x51"sv);
 }
 
 VipsImageRef loadFile(std::string_view head, const std::string& path) {
@@ -99,12 +107,16 @@ Image imageFromBytes(std::shared_ptr<const std::vector<unsigned char>> bytes) {
 
 Image openImage(const std::string& path) {
     const std::string head = headOf(path);
-    if (isCameraFile(path))
-        return readRaw(path);
+    if (isCameraFile(path) && !isPicture(head))
+        // Camera files look like TIFF, and most hold a small picture that a TIFF reader would take for the whole.
+        if (auto developed = readRaw(path))
+            return std::move(*developed);
     if (head.starts_with("8BPS"))
         return readPsd(path);
     if (head.starts_with("icns"))
         return readIcns(path);
+    if (head.starts_with("BM"))
+        return readBmp(path);
     return {nullptr, loadFile(head, path)};
 }
 

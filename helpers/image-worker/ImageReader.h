@@ -41,8 +41,8 @@ Image imageOver(std::shared_ptr<const std::vector<unsigned char>> samples, int w
 /// Decodes the PNG, JPEG or JPEG 2000 image in the bytes, which the result keeps.
 Image imageFromBytes(std::shared_ptr<const std::vector<unsigned char>> bytes);
 
-/// Opens the first image of a file. The format is told by the contents, except that camera files are told by the
-/// extension: their contents look like TIFF. Throws UnreadableImage.
+/// Opens the first image of a file. The format is told by the contents; of what looks like TIFF, the extension tells
+/// whether it is looked at as a camera file first. Throws UnreadableImage.
 Image openImage(const std::string& path);
 
 /// The image upright, its longer side at most `maxSide`, as grey or sRGB with or without alpha, 8 bits a sample.

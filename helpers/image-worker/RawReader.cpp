@@ -13,13 +13,16 @@ void require(int status) {
 
 } // namespace
 
-Image readRaw(const std::string& path) {
+std::optional<Image> readRaw(const std::string& path) {
     const auto processor = std::make_unique<LibRaw>(); // larger than a stack likes
     auto& parameters = processor->imgdata.params;
     parameters.use_camera_wb = 1;
     parameters.output_bps = 8;
     parameters.user_qual = 2;
-    require(processor->open_file(path.c_str()));
+    const int opened = processor->open_file(path.c_str());
+    if (opened == LIBRAW_FILE_UNSUPPORTED)
+        return std::nullopt;
+    require(opened);
     requireSize(processor->imgdata.sizes.raw_width, processor->imgdata.sizes.raw_height);
     require(processor->unpack());
     require(processor->dcraw_process());
@@ -35,7 +38,7 @@ Image readRaw(const std::string& path) {
     if (!pixels)
         throw UnreadableImage();
     pixels->Type = developed->colors < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
-    return {developed, std::move(pixels)};
+    return Image{developed, std::move(pixels)};
 }
 
 } // namespace quillmere::images

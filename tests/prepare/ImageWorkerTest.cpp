@@ -116,6 +116,46 @@ TEST_F(ImageWorkerTest, DecodesEveryFormat) {
     EXPECT_EQ(sandbox.names("out"), std::vector<std::string>{"image.png"});
 }
 
+/// A bitmap of 60 by 40 pixels with the usual quarter.
+std::string bitmap() {
+    std::string bytes("BM\x56\x1c\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\x3c\0\0\0\x28\0\0\0\1\0\x18\0", 30);
+    bytes.resize(54);
+    for (int y = 39; y >= 0; --y)
+        for (int x = 0; x < 60; ++x)
+            bytes += x < 30 && y < 20 ? std::string("\0\0\xff", 3) : std::string("\xff\0\0", 3);
+    return bytes;
+}
+
+TEST_F(ImageWorkerTest, TheContentsTellTheFormatWhateverTheName) {
+    ASSERT_EQ(convert(sample("plain.tif")), ImageOutcome::written);
+    const std::string png = Sandbox::read(output);
+    const struct {
+        const char* name;
+        std::string contents;
+    } rows[] = {
+        {"png.raw", png},
+        {"jpeg.nef", Sandbox::read(sample("misnamed.heic"))},
+        {"tiff.raw", Sandbox::read(sample("plain.tif"))},
+        {"tiff.dng", Sandbox::read(sample("lzw.TIFF"))},
+        {"layers.arw", Sandbox::read(sample("plain.psd"))},
+        {"heif.cr2", Sandbox::read(sample("photo.heic"))},
+        {"bitmap.tif", bitmap()},
+        {"bitmap.raw", bitmap()},
+        {"png.icns", png},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove(output.filesystemPath());
+        ASSERT_EQ(convert(sandbox.write(row.name, row.contents)), ImageOutcome::written);
+        EXPECT_EQ(result()->Xsize, 60);
+        EXPECT_EQ(colourAt(result(), 10, 10), Colour::red);
+        EXPECT_EQ(colourAt(result(), 45, 30), Colour::blue);
+    }
+    EXPECT_EQ(convert(sandbox.write("half.tif", bitmap().substr(0, 4000))), ImageOutcome::unreadable);
+    EXPECT_EQ(convert(sandbox.write("claims.tif", bitmap().replace(18, 8, "\0\0\0\x7f\0\0\0\x7f", 8))),
+              ImageOutcome::unreadable);
+}
+
 TEST_F(ImageWorkerTest, TakesTheLargestMemberTurnsUprightAndScalesDownOnly) {
     const struct {
         const char* name;
