@@ -145,7 +145,7 @@ bool DesktopWebView::allows(WebKitNavigationPolicyDecision* decision) {
 void DesktopWebView::load(const std::string& url, std::chrono::seconds timeout) {
     url_ = url;
     if (filter_.wait(filterLimit) != NetworkFilter::State::installed) {
-        failProvisionally("The viewer could not be closed off from the network.");
+        failProvisionally(filter_.failure());
         return;
     }
     timeout_.after(timeout, [this] {

@@ -28,14 +28,34 @@ public:
 
     State state() const noexcept { return state_; }
 
-    void start(const std::string& rules) {
-        folder_.reset(g_dir_make_tmp("quillmere-XXXXXX", nullptr));
-        if (!folder_) {
-            state_ = State::failed;
-            return;
+    void start(std::string rules, std::vector<std::string> folders) {
+        rules_ = std::move(rules);
+        folders_ = std::move(folders);
+        tryNextFolder();
+    }
+
+    const std::vector<std::string>& refused() const noexcept { return refused_; }
+
+private:
+    void tryNextFolder() {
+        while (next_ < folders_.size()) {
+            const std::string parent = folders_[next_++];
+            const GlibText name(g_build_filename(parent.c_str(), "quillmere-XXXXXX", nullptr));
+            constexpr int ownerOnly = 0700;
+            g_mkdir_with_parents(parent.c_str(), ownerOnly);
+            if (!g_mkdtemp(name.get())) {
+                refused_.push_back(parent);
+                continue;
+            }
+            folder_.reset(g_strdup(name.get()));
+            return save();
         }
+        state_ = State::failed;
+    }
+
+    void save() {
         store_ = GObjectRef<WebKitUserContentFilterStore>::adopt(webkit_user_content_filter_store_new(folder_.get()));
-        const GlibBytes source(g_bytes_new(rules.data(), rules.size()));
+        const GlibBytes source(g_bytes_new(rules_.data(), rules_.size()));
         const auto finished = +[](GObject*, GAsyncResult* result, gpointer data) {
             const std::unique_ptr<std::shared_ptr<Compilation>> self(static_cast<std::shared_ptr<Compilation>*>(data));
             guarded([&] { (*self)->install(result); });
@@ -44,7 +64,6 @@ public:
                                               new std::shared_ptr<Compilation>(shared_from_this()));
     }
 
-private:
     void removeFolder() noexcept {
         std::error_code ignored;
         if (const GlibText folder = std::exchange(folder_, {}))
@@ -56,8 +75,8 @@ private:
         // The engine has the rules mapped. Later is too late: the program may end without destroying anything.
         removeFolder();
         if (!filter) {
-            state_ = State::failed;
-            return;
+            refused_.push_back(folders_[next_ - 1]);
+            return tryNextFolder();
         }
         webkit_user_content_manager_add_filter(manager_.get(), filter);
         webkit_user_content_filter_unref(filter);
@@ -67,12 +86,29 @@ private:
     GObjectRef<WebKitUserContentManager> manager_;
     GObjectRef<WebKitUserContentFilterStore> store_;
     GlibText folder_;
+    std::string rules_;
+    std::vector<std::string> folders_; // tried in this order
+    size_t next_ = 0;
+    std::vector<std::string> refused_;
     State state_ = State::compiling;
 };
 
-NetworkFilter::NetworkFilter(WebKitUserContentManager* manager, const std::string& scheme, const std::string& host)
+NetworkFilter::NetworkFilter(WebKitUserContentManager* manager, const std::string& scheme, const std::string& host,
+                             std::vector<std::string> folders)
     : compilation_(std::make_shared<Compilation>(manager)) {
-    compilation_->start(rules(scheme, host));
+    compilation_->start(rules(scheme, host), std::move(folders));
+}
+
+std::vector<std::string> NetworkFilter::standardFolders() {
+    return {g_get_tmp_dir(), g_get_user_runtime_dir(), g_get_user_cache_dir()};
+}
+
+std::string NetworkFilter::failure() const {
+    std::string sentence = "The viewer could not be closed off from the network.";
+    const auto& refused = compilation_->refused();
+    for (size_t i = 0; i < refused.size(); ++i)
+        sentence.append(i == 0 ? " These folders cannot be written to: " : ", ").append(refused[i]);
+    return refused.empty() ? sentence : sentence + ".";
 }
 
 NetworkFilter::State NetworkFilter::state() const noexcept {
