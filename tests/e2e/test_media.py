@@ -72,6 +72,18 @@ class Media(EndToEnd):
                 self.assertAlmostEqual(value[name]["from"], 3, delta=0.5)
                 self.assertEqual(value[name]["width"] > 0, name.endswith((".mp4", ".mov", ".mkv", ".webm")))
 
+    def test_sound_starts_without_a_click(self):
+        media = self.files / "media"
+        media.mkdir()
+        fixtures.sound(media / "sound.ogg", seconds=3)
+        _, value = self.steps("""
+            const element = new Audio(new URL('media/sound.ogg', location).href);
+            // Where no sound device is, the promise may stay open; a refusal comes at once.
+            const refused = await Promise.race([element.play().then(() => null, (error) => error.name), api.sleep(5000)]);
+            return { refused: refused ?? null, paused: element.paused };
+        """, folders={"media": media})
+        self.assertEqual(value, {"refused": None, "paused": False})
+
     def test_refusals_and_rapid_changes(self):
         media = self.files / "media"
         media.mkdir()

@@ -19,12 +19,6 @@ private:
     GObjectRef<WebKitWebView> web_;
 };
 
-/// A load that we ended ourselves: by a newer load, or by the navigation policy.
-bool isOwnCancellation(const GError& error) {
-    return g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) ||
-           g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
-}
-
 } // namespace
 
 DesktopWebView::DesktopWebView(const WebViewConfiguration& configuration, const FileUrl& extensions,
@@ -42,12 +36,10 @@ DesktopWebView::DesktopWebView(const WebViewConfiguration& configuration, const 
     title_ = publishPageTitle(web_.get());
     watchNavigation();
     refuseRequests();
-    startWebProcess();
-}
-
-// A load of nothing: the process takes longer to start than the rest of the window to be made, so it starts first.
-void DesktopWebView::startWebProcess() {
-    webkit_web_view_load_uri(web_.get(), "about:blank");
+    page_ = std::make_unique<PageLoad>(web_.get(), [this](const std::string& description) {
+        if (const auto client = client_.lock())
+            client->didFailProvisionalNavigation(description);
+    });
 }
 
 DesktopWebView::~DesktopWebView() = default;
@@ -58,19 +50,10 @@ void DesktopWebView::watchNavigation() {
                                [this](WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) {
                                    return decide(decision, type);
                                }));
-    signals_.push_back(connect(web, "load-changed", [this](WebKitWebView*, WebKitLoadEvent stage) {
-        if (stage == WEBKIT_LOAD_COMMITTED)
-            timeout_.cancel();
-    }));
-    signals_.push_back(connect(web, "load-failed",
-                               [this](WebKitWebView*, WebKitLoadEvent stage, const char*, GError* error) -> gboolean {
-                                   loadFailed(stage, *error);
-                                   return TRUE; // no error page of the engine's
-                               }));
     signals_.push_back(
         connect(web, "web-process-terminated", [this](WebKitWebView*, WebKitWebProcessTerminationReason) {
-            timeout_.cancel();
             tasks_.pageIsGone();
+            page_->processDied();
             if (const auto client = client_.lock())
                 client->contentProcessDidTerminate();
         }));
@@ -143,47 +126,19 @@ bool DesktopWebView::allows(WebKitNavigationPolicyDecision* decision) {
 }
 
 void DesktopWebView::load(const std::string& url, std::chrono::seconds timeout) {
-    url_ = url;
-    if (filter_.wait(filterLimit) != NetworkFilter::State::installed) {
-        failProvisionally(filter_.failure());
-        return;
-    }
-    timeout_.after(timeout, [this] {
-        webkit_web_view_stop_loading(web_.get());
-        failProvisionally("The viewer did not answer in time.");
-    });
-    webkit_web_view_load_uri(web_.get(), url.c_str());
+    if (filter_.wait(filterLimit) == NetworkFilter::State::installed)
+        page_->load(url, timeout);
+    else
+        page_->fail(filter_.failure());
 }
 
 void DesktopWebView::reload() {
-    if (filter_.state() != NetworkFilter::State::installed)
-        return;
-    if (webkit_web_view_get_uri(web_.get()))
-        webkit_web_view_reload(web_.get());
-    else if (!url_.empty())
-        webkit_web_view_load_uri(web_.get(), url_.c_str());
+    page_->reload(); // of nothing, when the filter kept the page from being loaded
 }
 
 void DesktopWebView::evaluate(const std::string& script) {
     webkit_web_view_evaluate_javascript(web_.get(), script.data(), static_cast<gssize>(script.size()), nullptr, nullptr,
                                         nullptr, nullptr, nullptr);
-}
-
-void DesktopWebView::loadFailed(WebKitLoadEvent stage, const GError& error) {
-    if (stage != WEBKIT_LOAD_STARTED && stage != WEBKIT_LOAD_REDIRECTED)
-        return;
-    if (isOwnCancellation(error))
-        return;
-    timeout_.cancel();
-    failProvisionally(error.message);
-}
-
-// Told on a later turn: never from within the call that began the load.
-void DesktopWebView::failProvisionally(std::string description) {
-    failure_.after(std::chrono::milliseconds(0), [this, description = std::move(description)] {
-        if (const auto client = client_.lock())
-            client->didFailProvisionalNavigation(description);
-    });
 }
 
 void DesktopWebView::deliver(json::value body) {

@@ -7,6 +7,7 @@
 #include "platform/gtk/scheme/SchemeTasks.h"
 #include "platform/gtk/view/WidgetView.h"
 #include "platform/gtk/web/NetworkFilter.h"
+#include "platform/gtk/web/PageLoad.h"
 #include "platform/gtk/web/WebViewBridge.h"
 
 #include <webkit/webkit.h>
@@ -33,11 +34,8 @@ public:
 private:
     void watchNavigation();
     void refuseRequests();
-    void startWebProcess();
     gboolean decide(WebKitPolicyDecision* decision, WebKitPolicyDecisionType type);
     bool allows(WebKitNavigationPolicyDecision* decision);
-    void loadFailed(WebKitLoadEvent stage, const GError& error);
-    void failProvisionally(std::string description);
     void deliver(json::value body);
 
     GObjectRef<WebKitWebContext> context_;
@@ -50,9 +48,7 @@ private:
     SchemeTasks tasks_;
     FileReads reads_;
     WebViewBridge bridge_;
-    std::string url_; // what was loaded last
-    LoopTimer timeout_;
-    LoopTimer failure_;
+    std::unique_ptr<PageLoad> page_;
     SignalConnections title_;
     SignalConnections signals_;
 };

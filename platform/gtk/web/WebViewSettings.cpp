@@ -61,9 +61,14 @@ GObjectRef<WebKitNetworkSession> makeWebSession() {
 GObjectRef<WebKitWebView> makeWebWidget(const WebViewConfiguration& configuration, WebKitWebContext* context,
                                         WebKitNetworkSession* session, WebKitUserContentManager* content) {
     const auto settings = makeSettings(configuration);
+    // The setting alone concerns the engine's own controls; a script that starts something with sound needs this too.
+    const auto policies = GObjectRef<WebKitWebsitePolicies>::adopt(webkit_website_policies_new_with_policies(
+        "autoplay",
+        configuration.mediaPlaybackNeedsUserAction ? WEBKIT_AUTOPLAY_ALLOW_WITHOUT_SOUND : WEBKIT_AUTOPLAY_ALLOW,
+        nullptr));
     auto web = GObjectRef<WebKitWebView>::share(static_cast<WebKitWebView*>(
         g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session, "user-content-manager",
-                     content, "settings", settings.get(), nullptr)));
+                     content, "settings", settings.get(), "website-policies", policies.get(), nullptr)));
     constexpr GdkRGBA transparent{};
     webkit_web_view_set_background_color(web.get(), &transparent);
     auto* widget = GTK_WIDGET(web.get());

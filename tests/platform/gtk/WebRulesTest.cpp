@@ -1,9 +1,27 @@
+#include "platform/gtk/web/ReloadPace.h"
 #include "platform/gtk/web/WebViewBridge.h"
 
 #include <gtest/gtest.h>
 
 namespace quillmere::platform::gtk {
 namespace {
+
+TEST(ReloadPace, WaitsLongerWithEveryDeathWithinAMinute) {
+    using std::chrono::milliseconds;
+    using std::chrono::seconds;
+    ReloadPace pace;
+    SteadyTime now{};
+    milliseconds before{};
+    for (int death = 0; death < 12; ++death) {
+        const auto pause = pace.afterDeath(now += seconds(1));
+        EXPECT_GE(pause, ReloadPace::shortest);
+        EXPECT_LE(pause, ReloadPace::longest);
+        EXPECT_TRUE(pause > before || pause == ReloadPace::longest);
+        before = pause;
+    }
+    EXPECT_EQ(before, ReloadPace::longest);
+    EXPECT_EQ(pace.afterDeath(now + seconds(61)), ReloadPace::shortest);
+}
 
 TEST(WebViewBridge, TakesJsonTextWithinItsLimits) {
     const auto context = GObjectRef<JSCContext>::adopt(jsc_context_new());
