@@ -28,9 +28,11 @@ DesktopApplication::DesktopApplication(std::vector<std::string> arguments, Insta
     g_set_application_name(about_.name.c_str());
     auto* application = application_.get();
     connections_.push_back(connect(application, "activate", [this](GApplication*) { launchOrReopen(); }));
-    connections_.push_back(connect(application, "open", [this](GApplication*, GFile** files, int count, const char*) {
-        openHandedOver(files, count);
-    }));
+    connections_.push_back(
+        connect(application, "open", [this](GApplication* self, GFile** files, int count, const char* asker) {
+            if (isStillWanted(g_application_get_dbus_connection(self), asker))
+                openHandedOver(files, count);
+        }));
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         systemSignals_.push_back(g_unix_signal_add(
             signal,
@@ -49,6 +51,8 @@ DesktopApplication::~DesktopApplication() {
 int DesktopApplication::run(ApplicationClient& client) {
     client_ = &client;
     g_application_register(G_APPLICATION(application_.get()), nullptr, nullptr); // without a bus it runs all the same
+    if (auto* bus = g_application_get_dbus_connection(G_APPLICATION(application_.get())))
+        g_dbus_connection_set_exit_on_close(bus, FALSE); // nor is the end of the bus its own
     if (g_application_get_is_registered(G_APPLICATION(application_.get())) &&
         g_application_get_is_remote(G_APPLICATION(application_.get())))
         return handToPrimary() ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gio/gio.h>
+
 #include <string>
 #include <vector>
 
@@ -15,8 +17,12 @@ enum class InstanceRole {
 };
 
 /// Asks the session bus whether the program runs already and if so hands it the file of the command line. Bounded: a
-/// bus that is silent costs 0.8 s, a running process that is silent 1.5 s. To be called first thing in `main`, before
-/// the toolkit and before any thread.
+/// bus that is silent costs 0.8 s. A running process that is busy is waited for until it answers or ends, ten seconds
+/// at most; then what was handed over is withdrawn. Before the toolkit and before any thread.
 InstanceRole claimInstance(const std::vector<std::string>& arguments);
+
+/// Whether whoever handed over a file still waits for it to be opened; else the asker has opened it already. `asker` is
+/// the hint that came with the file.
+bool isStillWanted(GDBusConnection* bus, const char* asker);
 
 } // namespace quillmere::platform::gtk
