@@ -1,37 +1,8 @@
 #include "platform/gtk/DesktopPlatform.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <unistd.h>
-
 namespace quillmere::platform::gtk {
 
 namespace {
-
-bool hasGraphicsDevice() {
-    std::error_code ignored;
-    for (const auto& device : std::filesystem::directory_iterator("/dev/dri", ignored))
-        if (device.path().filename().string().starts_with("renderD"))
-            return true;
-    return false;
-}
-
-/// Without a graphics device toolkit and engine would imitate one in software, which is many times slower than drawing
-/// without any. Only the blur behind floating controls is lost.
-void chooseRenderer() {
-    if (hasGraphicsDevice())
-        return;
-    ::setenv("GSK_RENDERER", "cairo", 0);
-    ::setenv("WEBKIT_DISABLE_COMPOSITING_MODE", "1", 0);
-}
-
-/// The graphics library keeps compiled shaders in this folder. The engine lets its confined processes have it only when
-/// it is already there; otherwise the first picture of every run waits for a compiler.
-void keepShaderCache() {
-    std::error_code ignored;
-    const auto folder = std::filesystem::path(g_get_user_cache_dir()) / "mesa_shader_cache";
-    std::filesystem::create_directories(folder, ignored);
-}
 
 FileUrl resourcesOf(const Bundle& bundle) {
     return bundle.resources().value_or(bundle.url());
@@ -47,23 +18,18 @@ FileUrl defaultsFileOf(const Directories& directories) {
     return userDefaultsFile().value_or(directories.home.appending(".config/app.quillmere.viewer.plist"));
 }
 
-std::vector<std::string> prepared(std::vector<std::string> arguments) {
-    chooseRenderer();
-    keepShaderCache();
-    return arguments;
-}
-
 } // namespace
 
 DesktopPlatform::DesktopPlatform(std::vector<std::string> arguments, InstanceRole role)
     : defaultsWriter_(executors_.makeSerial("app.quillmere.defaults")),
       defaults_(defaultsFileOf(directories_), *defaultsWriter_),
-      application_(prepared(std::move(arguments)), role, aboutOf(bundle_)), dialogs_(directories_.home),
+      application_(std::move(arguments), role, aboutOf(bundle_)), dialogs_(directories_.home),
       toolkit_({.application = application_,
                 .executors = executors_,
                 .defaults = defaults_,
                 .icons = resourcesOf(bundle_).appending("icons"),
-                .extensions = bundle_.helper("web-process")}),
+                .extensions = bundle_.helper("web-process"),
+                .sandbox = sandbox_}),
       workspace_(directories_.applicationSupport, bundle_, contentTypes_),
       images_(bundle_.helper("quillmere-image-worker"), confinement_) {}
 

@@ -12,6 +12,7 @@
 #include "platform/gtk/desktop/DesktopServices.h"
 #include "platform/gtk/glib/MainLoopExecutor.h"
 #include "platform/gtk/panels/DesktopDialogs.h"
+#include "platform/gtk/web/SandboxTrial.h"
 
 namespace quillmere::platform::gtk {
 
@@ -33,6 +34,7 @@ public:
     int run(ApplicationClient& client);
 
 private:
+    SandboxTrial sandbox_; // begins before all that it need not wait for
     DesktopExecutors executors_;
     FolderBundle bundle_ = FolderBundle::ofRunningProgram();
     Directories directories_ = userDirectories();

@@ -1,8 +1,12 @@
 #include "platform/gtk/DesktopToolkit.h"
 
+#include "platform/common/EndOfProgram.h"
 #include "platform/gtk/web/DesktopWebView.h"
+#include "platform/gtk/web/SandboxTrial.h"
 #include "platform/gtk/window/DesktopWindow.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace quillmere::platform::gtk {
@@ -15,6 +19,10 @@ std::unique_ptr<Window> DesktopToolkit::makeWindow(const WindowSpec& spec) {
 }
 
 std::unique_ptr<platform::WebView> DesktopToolkit::makeWebView(const WebViewConfiguration& configuration) {
+    if (const auto failure = environment_.sandbox.failure()) {
+        std::fprintf(stderr, "Quillmere could not start: %s\n", failure->c_str());
+        endProgram(EXIT_FAILURE);
+    }
     return std::make_unique<DesktopWebView>(configuration, environment_.extensions, environment_.executors);
 }
 

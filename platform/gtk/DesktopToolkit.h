@@ -8,6 +8,7 @@
 namespace quillmere::platform::gtk {
 
 class DesktopWindow;
+class SandboxTrial;
 
 /// Makes the window and the web view. Main thread only.
 class DesktopToolkit final : public Toolkit {
@@ -18,11 +19,13 @@ public:
         UserDefaults& defaults;
         FileUrl icons;      // an icon theme's folder with the program's icon and its symbols
         FileUrl extensions; // folder of the web process extension
+        SandboxTrial& sandbox;
     };
 
     explicit DesktopToolkit(Environment environment) : environment_(std::move(environment)) {}
 
     std::unique_ptr<Window> makeWindow(const WindowSpec& spec) override;
+    /// Ends the program with a sentence where the engine would do so without.
     std::unique_ptr<platform::WebView> makeWebView(const WebViewConfiguration& configuration) override;
     /// None: this desktop has no preview of its own.
     view::ViewRef makeFilePreview(const FileUrl&) override { return nullptr; }
