@@ -2,6 +2,7 @@ import type { Doc } from '../../doc';
 import { el, iconButton } from '../../dom';
 import { formatSize } from '../../format';
 import type { Keymap } from '../../keys';
+import { canReadNatively } from '../../reads';
 import type { ViewContext } from '../../view';
 import { followPointer } from '../shared/drag';
 import { setPressed } from '../shared/pressed';
@@ -12,6 +13,7 @@ const OPAQUE = new Set(['jpg', 'jpeg', 'jfif', 'bmp']);
 const SAMPLE_SIDE = 32;
 const PAN_STEP = 60;
 const WHEEL_PAUSE = 400;
+const LARGE = 8 * 1024 * 1024;
 const MENDED_LIMIT = 128 * 1024 * 1024;
 const JPEG_END = Uint8Array.of(0xff, 0xd9);
 const DAMAGED = 'This picture is damaged, or its format is not supported.';
@@ -24,7 +26,7 @@ export async function show(host: HTMLElement, doc: Doc, view: ViewContext): Prom
 /** An <img> decodes natively and never runs what an SVG may carry. */
 async function load(doc: Doc, view: ViewContext): Promise<HTMLImageElement> {
     const { signal } = view;
-    const image = await decode(doc, doc.url, signal);
+    const image = await decode(doc, await sourceOf(doc, signal), signal);
     if (!OPAQUE.has(doc.ext) || isWhole(image)) return image;
     // The engine draws nothing of a photo that ends too early; with an end put to it, it draws what there is.
     const mended = doc.size <= MENDED_LIMIT ? await decode(doc, await withEnd(doc, signal), signal) : image;
@@ -33,8 +35,24 @@ async function load(doc: Doc, view: ViewContext): Promise<HTMLImageElement> {
     return mended;
 }
 
+/**
+ * A large picture on the private scheme holds up the page for a tenth of a second and more. A drawing stays there: it is
+ * text and small, and needs its type.
+ */
+async function sourceOf(doc: Doc, signal: AbortSignal): Promise<string> {
+    if (doc.size <= LARGE || doc.ext === 'svg' || !canReadNatively()) return doc.url;
+    const parts: BlobPart[] = [];
+    for (let at = 0; at < doc.size; at += LARGE) parts.push(await doc.range(at, LARGE, signal));
+    return addressOf(new Blob(parts), signal);
+}
+
 async function withEnd(doc: Doc, signal: AbortSignal): Promise<string> {
-    const url = URL.createObjectURL(new Blob([await doc.bytes(signal), JPEG_END], { type: 'image/jpeg' }));
+    return addressOf(new Blob([await doc.bytes(signal), JPEG_END], { type: 'image/jpeg' }), signal);
+}
+
+/** Holds as long as the view: a picture that was drawn may be read again. */
+function addressOf(blob: Blob, signal: AbortSignal): string {
+    const url = URL.createObjectURL(blob);
     signal.addEventListener('abort', () => URL.revokeObjectURL(url));
     return url;
 }
