@@ -8,9 +8,7 @@
 
 namespace quillmere {
 
-namespace {
-
-int64_t percent(double fraction) {
+int64_t wholePercent(double fraction) {
     const double whole = std::trunc(fraction * 100);
     if (std::isnan(whole))
         return 0;
@@ -21,8 +19,6 @@ int64_t percent(double fraction) {
     return static_cast<int64_t>(whole);
 }
 
-} // namespace
-
 JsonObject pageAppearance(const AppearancePreferences& preferences, const std::string& customUrl) {
     const bool none = preferences.photo.empty();
     const bool preset = !none && preferences.photo != AppearancePreferences::customPhoto;
@@ -32,7 +28,7 @@ JsonObject pageAppearance(const AppearancePreferences& preferences, const std::s
             {"bgMode", none ? "color" : "photo"},
             {"bgPreset", preset ? "backgrounds/" + preferences.photo : std::string()},
             {"bgCustomUrl", customUrl},
-            {"bgAlpha", percent(preferences.photoOpacity)},
+            {"bgAlpha", wholePercent(preferences.photoOpacity)},
             {"bgBlur", jsonNumber(preferences.photoBlur)},
             {"winBlur", false}};
 }

@@ -30,16 +30,6 @@ void WindowAppearance::applyAppearance() {
     host_.applyPlatformPreferences(pageAppearance(preferences_, customUrl));
 }
 
-void WindowAppearance::pickTint() {
-    services_.dialogs.colorPanel(host_.window(),
-                                 {.color = colorFromHex(preferences_.tint),
-                                  .onChange = weakly(weak_from_this(), [](WindowAppearance& self, view::Color color) {
-                                      self.preferences_.tint = hexFromColor(color);
-                                      self.preferences_.save(self.services_.defaults);
-                                      self.applyAppearance();
-                                  })});
-}
-
 void WindowAppearance::pickBackground() {
     host_.closeSettings();
     services_.dialogs.openPanel(

@@ -47,8 +47,6 @@ public:
     void setPreferences(AppearancePreferences preferences);
 
     void applyAppearance();
-    /// Lets the user choose the tint; it is applied and kept at every step of the choice.
-    void pickTint();
     /// Lets the user choose a photo of their own; nothing changes when it cannot be read.
     void pickBackground();
     void clearBackground();

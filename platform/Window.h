@@ -49,6 +49,15 @@ public:
     virtual void performClose() = 0;
     /// Moves the window with the pointer if a button is held down now; else nothing.
     virtual void performDrag() = 0;
+    /// The height of the content, in points.
+    virtual double contentHeight() const = 0;
+    /// The height that windows may take on the screen where this one stands; none when it stands on no screen.
+    virtual std::optional<double> screenHeight() const = 0;
+    /// Shows content on a surface of its own below this view of the window, which has been mounted. It closes when the
+    /// user works on in this window, not when in another one. One at a time: an earlier one closes.
+    virtual void showPopover(view::ViewRef content, const view::ViewRef& anchor) = 0;
+    virtual void closePopover() = 0;
+    virtual bool isPopoverShown() const = 0;
 };
 
 } // namespace quillmere::platform

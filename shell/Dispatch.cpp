@@ -65,7 +65,7 @@ void QuillmereDelegate::handle(const inbound::MacSettings&) {
 }
 
 void QuillmereDelegate::handle(const inbound::PickBackground&) {
-    appearance_->pickBackground();
+    pickBackground();
 }
 
 void QuillmereDelegate::handle(const inbound::ClearBackground&) {
@@ -85,13 +85,11 @@ void QuillmereDelegate::handle(const inbound::Close&) {
 }
 
 void QuillmereDelegate::handle(const inbound::DefaultApps&) {
-    if (lifecycle_ && !lifecycle_->removing())
-        lifecycle_->chooseDefaultType();
+    chooseDefaultType();
 }
 
 void QuillmereDelegate::handle(const inbound::Uninstall&) {
-    if (lifecycle_)
-        lifecycle_->confirmUninstall();
+    confirmUninstall();
 }
 
 void QuillmereDelegate::handle(const inbound::Drag&) {

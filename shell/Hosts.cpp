@@ -69,6 +69,38 @@ void QuillmereDelegate::applyPlatformPreferences(const JsonObject& preferences) 
     channel_.applyPlatformPreferences(preferences);
 }
 
-void QuillmereDelegate::closeSettings() {}
+void QuillmereDelegate::closeSettings() {
+    settings_->close();
+}
+
+platform::Window* QuillmereDelegate::settingsWindow() {
+    return mainWindow_ ? &mainWindow_->window() : nullptr;
+}
+
+view::ViewRef QuillmereDelegate::settingsAnchor() {
+    return mainWindow_->settingsButton();
+}
+
+AppearancePreferences QuillmereDelegate::currentPreferences() const {
+    return appearance_->preferences();
+}
+
+void QuillmereDelegate::preferencesChanged(const AppearancePreferences& preferences) {
+    appearance_->setPreferences(preferences);
+}
+
+void QuillmereDelegate::pickBackground() {
+    appearance_->pickBackground();
+}
+
+void QuillmereDelegate::chooseDefaultType() {
+    if (lifecycle_ && !lifecycle_->removing())
+        lifecycle_->chooseDefaultType();
+}
+
+void QuillmereDelegate::confirmUninstall() {
+    if (lifecycle_)
+        lifecycle_->confirmUninstall();
+}
 
 } // namespace quillmere

@@ -85,6 +85,10 @@ void QuillmereDelegate::buildWindow() {
     mainWindow_->addToolbar(
         {.openDialog = weakly(weak_from_this(), [](QuillmereDelegate& self) { self.openDialog(); }),
          .showSettings = weakly(weak_from_this(), [](QuillmereDelegate& self) { self.showSettings(); })});
+    settings_ = std::make_shared<SettingsPopover>(static_cast<SettingsPopover::Host&>(*this),
+                                                  SettingsPopover::Services{.defaults = platform_.defaults,
+                                                                            .dialogs = platform_.dialogs,
+                                                                            .resources = platform_.bundle.resources()});
 }
 
 void QuillmereDelegate::takeCommandLine() {

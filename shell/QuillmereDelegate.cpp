@@ -146,7 +146,7 @@ void QuillmereDelegate::openDialog() {
 }
 
 void QuillmereDelegate::showSettings() {
-    appearance_->pickTint();
+    settings_->toggle();
 }
 
 void QuillmereDelegate::assertMainThread() const {

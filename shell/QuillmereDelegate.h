@@ -1,5 +1,6 @@
 #pragma once
 
+#include "appearance/SettingsPopover.h"
 #include "appearance/WindowAppearance.h"
 #include "bridge/ContainerWork.h"
 #include "bridge/DocumentOpening.h"
@@ -29,6 +30,7 @@ class QuillmereDelegate final : public platform::ApplicationClient,
                                 private DocumentOpening::Host,
                                 private ContainerWork::Host,
                                 private WindowAppearance::Host,
+                                private SettingsPopover::Host,
                                 public std::enable_shared_from_this<QuillmereDelegate> {
 public:
     /// What it works with besides the platform. The functions are called on the main thread, but for `log`.
@@ -110,6 +112,13 @@ private:
     std::string grant(const FileUrl& file) override;
     void applyPlatformPreferences(const JsonObject& preferences) override;
     void closeSettings() override;
+    platform::Window* settingsWindow() override;
+    view::ViewRef settingsAnchor() override;
+    AppearancePreferences currentPreferences() const override;
+    void preferencesChanged(const AppearancePreferences& preferences) override;
+    void pickBackground() override;
+    void chooseDefaultType() override;
+    void confirmUninstall() override;
 
     void assertMainThread() const;
     FileUrl cacheRoot() const;
@@ -125,6 +134,7 @@ private:
     std::shared_ptr<WindowAppearance> appearance_;
     std::shared_ptr<LocalFiles> localFiles_;
     std::optional<MainWindow> mainWindow_;
+    std::shared_ptr<SettingsPopover> settings_;
     std::shared_ptr<FileWebView> web_;
     std::shared_ptr<AppLifecycleController> lifecycle_;
 };

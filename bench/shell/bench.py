@@ -74,7 +74,7 @@ SCROLL = """
     (async () => {
         let rows;
         while (!(rows = document.querySelector('.listing .rows'))) await nextFrame();
-        while (!/^listing/.test(document.title)) await nextFrame();
+        while (document.documentElement.dataset.state !== 'listing') await nextFrame();
         await new Promise(resolve => setTimeout(resolve, 2000));
         const marker = document.body.appendChild(Object.assign(document.createElement('i'), { style: 'position:fixed;width:9px;height:9px;background:red' }));
         let at = 0;
@@ -82,7 +82,7 @@ SCROLL = """
         marker.remove();
         const slow = await rate(() => { rows.scrollTop += 20; });
         const fast = await rate(() => { rows.scrollTop += 700; });
-        document.title = JSON.stringify({ state: 'done', idle, slow, fast });
+        window.dispatchEvent(new CustomEvent('page-status', { detail: JSON.stringify({ state: 'done', idle, slow, fast }) }));
     })();
 """
 
@@ -269,7 +269,7 @@ def main_loop(display):
         watch = Path(name) / "turns"
         program = Program(display, folder, page=page_with(Path(name) / "page", REFRESH),
                           environment={"LD_PRELOAD": os.environ["LOOP_WATCH_LIBRARY"], "LOOP_WATCH": str(watch)})
-        program.wait_title("^listing")
+        program.wait_status("^listing")
         program.tool("xdotool", "windowminimize", program.window)
         time.sleep(3)
         turns = []

@@ -19,5 +19,7 @@ export function announce(screen: Screen, name: string, viewer = ''): void {
     let detail = name;
     if (screen.view === 'list') detail = screen.list.container.path;
     else if (screen.view === 'error') detail = screen.failure.message;
-    document.title = [status, viewer, detail].filter(Boolean).join(' ');
+    document.title = name || 'Quillmere';
+    const told = [status, viewer, detail].filter(Boolean).join(' ');
+    window.dispatchEvent(new CustomEvent('page-status', { detail: told }));
 }

@@ -1,6 +1,7 @@
 #include "platform/gtk/DesktopToolkit.h"
 
 #include "platform/common/EndOfProgram.h"
+#include "platform/gtk/view/ViewWidgets.h"
 #include "platform/gtk/web/DesktopWebView.h"
 #include "platform/gtk/web/SandboxTrial.h"
 #include "platform/gtk/window/DesktopWindow.h"
@@ -14,6 +15,8 @@ namespace quillmere::platform::gtk {
 std::unique_ptr<Window> DesktopToolkit::makeWindow(const WindowSpec& spec) {
     iconTheme();
     gtk_window_set_default_icon_name(applicationId);
+    if (!clipboard_)
+        clipboard_ = X11Clipboard::open(gdk_display_get_default());
     return std::make_unique<DesktopWindow>(
         spec, DesktopWindow::Environment{.application = environment_.application, .defaults = environment_.defaults});
 }

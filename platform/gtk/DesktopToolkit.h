@@ -4,6 +4,7 @@
 #include "platform/Services.h"
 #include "platform/Toolkit.h"
 #include "platform/gtk/desktop/DesktopApplication.h"
+#include "platform/gtk/desktop/X11Clipboard.h"
 
 namespace quillmere::platform::gtk {
 
@@ -36,6 +37,7 @@ private:
 
     Environment environment_;
     mutable bool iconsAdded_ = false;
+    std::unique_ptr<X11Clipboard> clipboard_; // none on other displays than X11's
 };
 
 } // namespace quillmere::platform::gtk

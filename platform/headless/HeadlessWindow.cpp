@@ -25,6 +25,11 @@ void HeadlessWindow::toggleFullScreen() {
         fullScreen ? client->windowDidEnterFullScreen() : client->windowDidExitFullScreen();
 }
 
+void HeadlessWindow::showPopover(view::ViewRef shown, const view::ViewRef& anchor) {
+    popover = std::move(shown);
+    popoverAnchor = anchor;
+}
+
 void HeadlessWindow::performClose() {
     closed = true;
     onClose_();

@@ -22,6 +22,11 @@ public:
     void miniaturize() override { miniaturized = true; }
     void performClose() override;
     void performDrag() override { ++drags; }
+    double contentHeight() const override { return spec.contentSize.height; }
+    std::optional<double> screenHeight() const override { return 900; }
+    void showPopover(view::ViewRef shown, const view::ViewRef& anchor) override;
+    void closePopover() override { popover = nullptr; }
+    bool isPopoverShown() const override { return popover != nullptr; }
 
     void setKey(bool key);
 
@@ -36,6 +41,8 @@ public:
     bool miniaturized = false;
     bool closed = false;
     int drags = 0;
+    view::ViewRef popover; // none while none is shown
+    view::ViewRef popoverAnchor;
 
 private:
     std::weak_ptr<WindowClient> client_;

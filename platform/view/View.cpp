@@ -1,6 +1,8 @@
 #include "platform/view/View.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace quillmere::view {
 
@@ -34,8 +36,21 @@ void View::removeFromParent() {
 void View::setTint(Color color) {
     if (auto* tint = std::get_if<Tint>(&kind_)) {
         tint->color = color;
-        if (observer_)
-            observer_->kindChanged(*this);
+        notifyKind();
+    }
+}
+
+void View::setText(std::string text) {
+    if (auto* label = std::get_if<Label>(&kind_)) {
+        label->text = std::move(text);
+        notifyKind();
+    }
+}
+
+void View::setTitle(std::string title) {
+    if (auto* button = std::get_if<Button>(&kind_)) {
+        button->title = std::move(title);
+        notifyKind();
     }
 }
 
@@ -72,11 +87,41 @@ void View::notifyChildren() {
         observer_->childrenChanged(*this);
 }
 
+void View::notifyKind() {
+    if (observer_)
+        observer_->kindChanged(*this);
+}
+
 void press(View& view) {
     if (const auto* button = std::get_if<Button>(&view.kind()); button && button->onPress) {
         const auto action = button->onPress; // the press may take the view out of the tree
         action();
     }
+}
+
+void slide(View& view, double value) {
+    auto* slider = std::get_if<Slider>(&view.kind_);
+    if (!slider || std::isnan(value))
+        return;
+    value = std::clamp(value, slider->minimum, slider->maximum);
+    if (std::exchange(slider->value, value) == value)
+        return;
+    const auto keep = view.shared_from_this();
+    const auto action = slider->onSlide;
+    view.notifyKind();
+    if (action)
+        action(value);
+}
+
+void toggle(View& view, bool on) {
+    auto* control = std::get_if<Switch>(&view.kind_);
+    if (!control || std::exchange(control->on, on) == on)
+        return;
+    const auto keep = view.shared_from_this();
+    const auto action = control->onToggle;
+    view.notifyKind();
+    if (action)
+        action(on);
 }
 
 } // namespace quillmere::view

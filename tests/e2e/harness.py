@@ -128,28 +128,28 @@ class Program:
             raise AssertionError(f"the program ended with {self.process.returncode}:\n{self.log.read_text(errors='replace')}")
         # By class: a title may hold anything that a file name may.
         for window in self.tool("xdotool", "search", "--class", "quillmere").split():
-            properties = self.tool("xprop", "-id", window, "_QUILLMERE_PAGE_TITLE", "_NET_WM_PID")
+            properties = self.tool("xprop", "-id", window, "_QUILLMERE_PAGE_STATUS", "_NET_WM_PID")
             if '= "' in properties and re.search(rf"= {self.process.pid}\b", properties):
                 return hex(int(window))
         return None
 
-    def title(self):
-        """What the page's title says now; empty before there is one."""
+    def status(self):
+        """What the page says that it shows; empty before it has said anything."""
         if not self.window:
             self.window = self.find_window()
         if not self.window:
             return ""
-        text = self.tool("xprop", "-id", self.window, "-notype", "_QUILLMERE_PAGE_TITLE")
+        text = self.tool("xprop", "-id", self.window, "-notype", "_QUILLMERE_PAGE_STATUS")
         found = re.search(r'= "(.*)"\s*$', text, re.S)
         return re.sub(r"\\(.)", r"\1", found.group(1)) if found else ""
 
-    def wait_title(self, pattern, patience=PATIENCE):
-        return until(f"the title {pattern!r} (now {self.title()!r})",
-                     lambda: re.search(pattern, self.title()) and self.title(), patience)
+    def wait_status(self, pattern, patience=PATIENCE):
+        return until(f"the page to show {pattern!r} (now {self.status()!r})",
+                     lambda: re.search(pattern, self.status()) and self.status(), patience)
 
     def result(self):
         try:
-            return json.loads(self.title())
+            return json.loads(self.status())
         except ValueError:
             return {}
 
@@ -158,7 +158,7 @@ class Program:
         def look():
             report = self.result()
             return report if report and test(report) else None
-        report = until(f"the page's report (now {self.title()!r})", look, patience)
+        report = until(f"the page's report (now {self.status()!r})", look, patience)
         if report.get("state") == "failed":
             raise AssertionError(report["error"])
         return report

@@ -21,7 +21,7 @@ class Containers(EndToEnd):
 
     def test_a_walk_by_keyboard(self):
         program = self.program(self.build())
-        program.wait_title("^listing .*/tree$")
+        program.wait_status("^listing .*/tree$")
         walk = [
             ("Down Home Return", "^listing .*/tree/sub$"),         # the folder comes first
             ("Home Return", "^shown text .*in sub.txt"),
@@ -42,7 +42,7 @@ class Containers(EndToEnd):
         ]
         for keys, title in walk:
             program.keys(*keys.split())
-            program.wait_title(title, patience=30)
+            program.wait_status(title, patience=30)
 
     def test_the_protocol_of_a_listing(self):
         folder = self.build()
@@ -63,10 +63,10 @@ class Containers(EndToEnd):
         for keys, title in ((["Escape"], "^error Preview cancelled"),
                             ([], r"^error This archive took too long to read\. The operation was stopped\.$")):
             program = self.program(self.files / "ring.zip")
-            program.wait_title("^busy")
+            program.wait_status("^busy")
             working = until("the reader", lambda: self.readers(program))
             program.keys(*keys)
-            program.wait_title(title)
+            program.wait_status(title)
             # Another one may stand ready for the next archive.
             until("the reader's end", lambda: not working & self.readers(program), patience=5)
 

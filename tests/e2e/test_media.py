@@ -114,7 +114,7 @@ class Media(EndToEnd):
         for name, pattern in (("film.webm", "^shown video"), ("sound.mp3", "^shown audio"), ("old.avi", "^shown video")):
             with self.subTest(name=name):
                 program = self.program(self.files / name)
-                self.assertRegex(program.wait_title("^(shown|error)", patience=240), pattern)
+                self.assertRegex(program.wait_status("^(shown|error)", patience=240), pattern)
                 # A descriptor for reading can be opened again for writing, so the page's process gets none.
                 held = open_files(program.web_process())
                 self.assertIn("pipe", {link.split(":")[0] for link in held})

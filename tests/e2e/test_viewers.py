@@ -16,7 +16,7 @@ class Viewers(EndToEnd):
         path = self.files / name
         make(path)
         program = self.program(path)
-        title = program.wait_title("^(shown|error|listing)", patience=240)
+        title = program.wait_status("^(shown|error|listing)", patience=240)
         self.assertRegex(title, pattern, name)
         return program
 

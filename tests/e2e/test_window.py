@@ -1,6 +1,7 @@
 """The window: drop, keys, crash, full screen, a second start, the end of the process, and what it looks like."""
 
 import os
+import re
 import signal
 import socket
 import subprocess
@@ -71,6 +72,77 @@ class Window(EndToEnd):
         program.keys("ctrl+o")
         until("the open panel", lambda: program.tool("xdotool", "search", "--name", "Open File or Folder"))
 
+    def test_full_screen_twice_is_there_and_back(self):
+        program, value = self.steps("""
+            const from = api.messages.length;
+            api.post({ type: 'max' }); api.post({ type: 'max' });
+            await api.sleep(1500);
+            return api.messages.slice(from).filter(m => m.type === 'state').map(m => m.maximized).at(-1) ?? false""")
+        self.assertFalse(value)
+        self.assertNotIn("FULLSCREEN", program.tool("xprop", "-id", program.window, "_NET_WM_STATE"))
+
+    def test_the_main_menu_is_used_by_keyboard(self):
+        program, _ = self.steps("return 1")
+        program.keys("F10")
+        time.sleep(1)
+        program.keys("Down", "Return")  # the second item
+        until("the settings", lambda: self.popups(program) == 1)
+
+    def popups(self, program):
+        """How many surfaces that no window manager looks after are to be seen."""
+        children = re.findall(r"^\s+(0x[0-9a-f]+) .* (\d+)x(\d+)\+", program.tool("xwininfo", "-root", "-children"), re.M)
+        facts = [program.tool("xwininfo", "-id", window) for window, width, height in children
+                 if int(width) > 60 and int(height) > 60]
+        return sum("IsViewable" in each and "Override Redirect State: yes" in each for each in facts)
+
+    def test_a_size_changed_just_before_the_end_is_kept(self):
+        for end in ("ctrl+q", signal.SIGTERM):
+            program = self.started(home=self.files)
+            width = 901 if end == "ctrl+q" else 902
+            program.tool("xdotool", "windowactivate", "--sync", program.window, "windowsize", "--sync", program.window,
+                         str(width), "700", "sleep", "0.1")
+            if end == signal.SIGTERM:
+                program.process.send_signal(end)
+            else:
+                program.tool("xdotool", "key", end)
+            self.assertEqual(program.process.wait(30), 0)
+            stored = (self.files / "config/app.quillmere.viewer.plist").read_bytes()
+            self.assertIn(f"{width} 700".encode(), stored)
+
+    def test_other_programs_read_large_selections(self):
+        program, _ = self.steps("""
+            const area = document.body.appendChild(document.createElement('pre'));
+            area.textContent = 'wort '.repeat(200000);
+            getSelection().selectAllChildren(area);
+            await api.sleep(500);
+            document.execCommand('copy');
+            await api.sleep(500);
+            return getSelection().toString().length""")
+        for selection in ("primary", "clipboard"):
+            for target in ("UTF8_STRING", "STRING"):
+                text = program.tool("timeout", "30", "xclip", "-o", "-selection", selection, "-t", target)
+                self.assertEqual(len(text.strip()), 999_999, f"{selection} {target}")
+        program.keys("F11")  # it lives
+        program.wait_result(lambda r: r.get("last", {}).get("type") == "state" and r["last"]["maximized"])
+
+    def test_the_menu_key_opens_no_editing_menu(self):
+        program, _ = self.steps("return 1")
+        for key in ("Menu", "shift+F10"):
+            program.keys(key)
+            time.sleep(1)
+            self.assertEqual(self.popups(program), 0, key)
+
+    def test_the_settings_open_and_close(self):
+        program, _ = self.steps("return 1")
+        program.keys("ctrl+comma")
+        until("the settings", lambda: self.popups(program) == 1)
+        program.keys("ctrl+comma")
+        until("the settings to go", lambda: self.popups(program) == 0)
+        program.keys("ctrl+comma")
+        until("the settings", lambda: self.popups(program) == 1)
+        program.keys("Escape")
+        until("the settings to go", lambda: self.popups(program) == 0)
+
     def test_closing_ends_everything(self):
         program = self.started()
         below = children(program.process.pid)
@@ -106,7 +178,7 @@ class Window(EndToEnd):
 class Picture(EndToEnd):
     def test_the_window_is_not_blank(self):
         program = self.program()
-        program.wait_title("^start")
+        program.wait_status("^start")
         picture = self.files / "start.png"
 
         def colours():

@@ -7,12 +7,14 @@ class AppearanceTest : public DelegateTest {
 protected:
     JsonObject applied() { return page().calls("applyPlatformPreferences").back(); }
     view::Color tint() { return std::get<view::Tint>(window().content->find("tint")->kind()).color; }
+    void press(const std::string& tag) { view::press(*window().popover->find(tag)); }
     AppearancePreferences stored() const { return AppearancePreferences::load(desktop_.defaults); }
 };
 
 TEST_F(AppearanceTest, ATintIsSeenAtOnceAndToldWhenThePageIsReady) {
     launch();
     ASSERT_TRUE(desktop_.application.choose("Settings…"));
+    press("color");
     desktop_.dialogs.colors->onChange({.red = 1, .green = 0.5, .blue = 0});
     EXPECT_EQ(tint(), (view::Color{1, 127 / 255.0, 0, 0.65}));
     EXPECT_EQ(stored().tint, "#ff7f00");
@@ -21,8 +23,42 @@ TEST_F(AppearanceTest, ATintIsSeenAtOnceAndToldWhenThePageIsReady) {
     EXPECT_THAT(applied(), HasText("bgColor", "#ff7f00"));
 
     post({{"type", "mac-settings"}});
+    EXPECT_EQ(window().popover, nullptr) << "asked for while it is shown, the panel closes";
     desktop_.dialogs.colors->onChange({});
-    EXPECT_THAT(applied(), HasText("bgColor", "#000000"));
+    EXPECT_THAT(applied(), HasText("bgColor", "#000000")) << "the colour panel outlives it";
+}
+
+TEST_F(AppearanceTest, ThePanelOpensClosesAndIsNewEachTime) {
+    launchAndGetReady();
+    view::press(*window().content->find("slider.horizontal.3"));
+    ASSERT_TRUE(window().popover);
+    EXPECT_EQ(window().popoverAnchor, window().content->find("slider.horizontal.3"));
+    EXPECT_EQ(window().popover->size->height, std::min(window().popover->size->height, 800 - 76.0));
+    view::slide(*window().popover->find("Photo opacity"), 0.5);
+    EXPECT_EQ(std::get<view::Label>(window().popover->find("Photo opacity value")->kind()).text, "50%");
+    EXPECT_EQ(applied().at("bgAlpha"), 50) << "while it is dragged";
+    EXPECT_EQ(stored().photoOpacity, 0.5);
+    press("bg3.jpg");
+    EXPECT_THAT(applied(), HasText("bgPreset", "backgrounds/bg3.jpg"));
+
+    view::press(*window().content->find("slider.horizontal.3"));
+    EXPECT_EQ(window().popover, nullptr);
+    post({{"type", "clear-background"}});
+    post({{"type", "mac-settings"}});
+    press("None");
+    EXPECT_EQ(stored().photoOpacity, 0.5) << "what changed while it was closed is kept";
+
+    for (const auto& [way, leave] : std::initializer_list<std::pair<const char*, std::function<void()>>>{
+             {"open", [&] { ASSERT_TRUE(desktop_.application.choose("Open…")); }},
+             {"choose a photo", [&] { press("Choose photo…"); }},
+             {"default apps", [&] { press("Default app settings…"); }},
+             {"uninstall", [&] { press("Uninstall Quillmere…"); }}}) {
+        if (!window().popover)
+            post({{"type", "mac-settings"}});
+        ASSERT_TRUE(window().popover) << way;
+        leave();
+        EXPECT_EQ(window().popover, nullptr) << way;
+    }
 }
 
 TEST_F(AppearanceTest, AChosenPhotoIsGrantedAndServed) {

@@ -80,6 +80,8 @@ bool DesktopApplication::handToPrimary() {
 }
 
 void DesktopApplication::terminate() {
+    if (window_)
+        window_->saveSize(); // while the defaults are still written
     g_application_quit(G_APPLICATION(application_.get()));
 }
 
@@ -90,6 +92,12 @@ void DesktopApplication::activate() {
 
 void DesktopApplication::setWindow(DesktopWindow* window) {
     window_ = window;
+    showMenuInWindow();
+}
+
+void DesktopApplication::showMenuInWindow() {
+    if (window_ && menu_)
+        window_->setMenu(menu_->model().get());
 }
 
 void DesktopApplication::windowClosed() {
@@ -130,13 +138,12 @@ void DesktopApplication::setMainMenu(MenuSpec menu) {
     g_action_map_add_action(G_ACTION_MAP(application_.get()), G_ACTION(action.get()));
     const char* const keys[] = {"F10", nullptr};
     gtk_application_set_accels_for_action(application_.get(), (std::string("app.") + menuAction).c_str(), keys);
+    showMenuInWindow();
 }
 
 void DesktopApplication::toggleMenu() {
-    if (!window_ || window_->sheets().isShowing())
-        return;
-    focusBeforeMenu_.set(gtk_window_get_focus(window_->handle()));
-    menu_->popUp(window_->menuAnchor());
+    if (window_ && !window_->sheets().isShowing())
+        window_->toggleMenu();
 }
 
 void DesktopApplication::perform(const MenuItem& item) {
@@ -158,7 +165,7 @@ void DesktopApplication::performOwn(MenuAction action) {
     case MenuAction::copy:
     case MenuAction::paste:
     case MenuAction::selectAll:
-        return performEditing(action, focusBeforeMenu_.lock().get());
+        return performEditing(action, window_ ? window_->editingFocus().get() : nullptr);
     case MenuAction::hide: // the nearest that desktops here have
     case MenuAction::minimize:
         return window_ ? window_->miniaturize() : void();

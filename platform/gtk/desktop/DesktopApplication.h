@@ -43,6 +43,7 @@ private:
     void performOwn(MenuAction action);
     void showAbout();
     void toggleMenu();
+    void showMenuInWindow();
     bool handToPrimary();
 
     std::vector<std::string> arguments_;
@@ -52,7 +53,6 @@ private:
     ApplicationClient* client_ = nullptr;
     DesktopWindow* window_ = nullptr;
     std::unique_ptr<DesktopMenu> menu_;
-    GObjectWeak<GtkWidget> focusBeforeMenu_;
     std::vector<guint> systemSignals_;
     bool launched_ = false;
     std::exception_ptr launchFailure_;

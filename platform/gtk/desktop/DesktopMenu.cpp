@@ -70,6 +70,16 @@ std::string acceleratorFor(const MenuItem& item) {
     return text + name;
 }
 
+std::string withDesktopKeys(const std::string& text) {
+    constexpr std::pair<std::string_view, std::string_view> signs[] = {
+        {"⌘", "Ctrl+"}, {"⇧", "Shift+"}, {"⌥", "Alt+"}, {"⌃", "Ctrl+"}};
+    std::string result = text;
+    for (const auto& [sign, name] : signs)
+        for (size_t at = result.find(sign); at != std::string::npos; at = result.find(sign, at + name.size()))
+            result.replace(at, sign.size(), name);
+    return result;
+}
+
 DesktopMenu::DesktopMenu(GtkApplication* application, MenuSpec spec, std::function<void(const MenuItem&)> perform)
     : application_(application), spec_(std::move(spec)), perform_(std::move(perform)) {
     for (const auto& menu : spec_.menus)
@@ -129,29 +139,6 @@ GObjectRef<GMenuModel> DesktopMenu::model() const {
         close();
     }
     return GObjectRef<GMenuModel>::adopt(G_MENU_MODEL(root));
-}
-
-void DesktopMenu::popUp(GtkWidget* anchor) {
-    if (const auto open = popover_.lock()) {
-        gtk_popover_popdown(GTK_POPOVER(open.get()));
-        return;
-    }
-    GtkWidget* popover = gtk_popover_menu_new_from_model(model().get());
-    popover_.set(popover);
-    gtk_widget_set_parent(popover, anchor);
-    gtk_popover_set_position(GTK_POPOVER(popover), GTK_POS_BOTTOM);
-    gtk_popover_set_has_arrow(GTK_POPOVER(popover), FALSE);
-    gtk_widget_set_halign(popover, GTK_ALIGN_START);
-    connectForLife(popover, "closed", [](GtkPopover* closed) {
-        // Later: the chosen item's action still runs after this signal.
-        const auto remove = +[](gpointer widget) -> gboolean {
-            if (gtk_widget_get_parent(static_cast<GtkWidget*>(widget)))
-                gtk_widget_unparent(static_cast<GtkWidget*>(widget));
-            return G_SOURCE_REMOVE;
-        };
-        g_idle_add_full(G_PRIORITY_DEFAULT, remove, g_object_ref(closed), g_object_unref);
-    });
-    gtk_popover_popup(GTK_POPOVER(popover));
 }
 
 void performEditing(MenuAction action, GtkWidget* focus) {

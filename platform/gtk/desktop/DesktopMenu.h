@@ -13,7 +13,10 @@ namespace quillmere::platform::gtk {
 /// key only where Command exists, becomes Alt. Empty for an item without a key.
 std::string acceleratorFor(const MenuItem& item);
 
-/// The application's menu: an action with its keys for every item, and a menu of them all that F10 opens, since windows
+/// A text that names keys as elsewhere, "Settings (⌘,)", as this desktop names them: "Settings (Ctrl+,)".
+std::string withDesktopKeys(const std::string& text);
+
+/// The application's menu: an action with its keys for every item, and a menu of them all for a button, since windows
 /// here have no menu bar. Main thread only.
 class DesktopMenu {
 public:
@@ -22,18 +25,16 @@ public:
     DesktopMenu(const DesktopMenu&) = delete;
     DesktopMenu& operator=(const DesktopMenu&) = delete;
 
-    /// Opens the menu below the anchor; an open one is closed.
-    void popUp(GtkWidget* anchor);
+    /// All items, for a button of the window.
+    GObjectRef<GMenuModel> model() const;
 
 private:
     void addAction(const MenuItem& item);
-    GObjectRef<GMenuModel> model() const;
 
     GtkApplication* application_;
     MenuSpec spec_;
     std::function<void(const MenuItem&)> perform_;
     std::vector<std::string> actions_;
-    GObjectWeak<GtkWidget> popover_;
 };
 
 /// Does one of the editing commands of a menu with whatever has the keyboard.

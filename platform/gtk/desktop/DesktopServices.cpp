@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <fstream>
-#include <gdk/x11/gdkx.h>
 #include <iterator>
 #include <set>
 #include <system_error>
@@ -24,7 +23,6 @@ constexpr int missingTool = 127;
 /// Extensions for which the desktop's database has two types and would give the rarer one, or has none.
 constexpr std::pair<std::string_view, const char*> preferredTypes[] = {
     {"apng", "image/apng"}, {"jfif", "image/jpeg"}, {"obj", "model/obj"}, {"otf", "font/otf"}, {"ts", "video/mp2t"}};
-constexpr size_t largestWhole = size_t{64} * 1024; // what an X11 server surely takes in one piece
 
 void copyIcon(const FileUrl& resources, const FileUrl& dataFolder) {
     const std::string name = std::string("icons/hicolor/scalable/apps/") + applicationId + ".svg";
@@ -53,11 +51,6 @@ bool DesktopPasteboard::setString(const std::string& text) {
     GdkDisplay* display = gdk_display_get_default();
     if (!display)
         return false;
-    if (GDK_IS_X11_DISPLAY(display) && text.size() > largestWhole) {
-        if (!large_)
-            large_ = X11Clipboard::open(gdk_display_get_name(display));
-        return large_ && large_->setText(text);
-    }
     // As bytes: the text may hold a NUL.
     const GlibBytes bytes(g_bytes_new(text.data(), text.size()));
     const auto provider = GObjectRef<GdkContentProvider>::adopt(

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/Services.h"
-#include "platform/gtk/desktop/X11Clipboard.h"
 
 #include <gtk/gtk.h>
 
@@ -11,9 +10,6 @@ namespace quillmere::platform::gtk {
 class DesktopPasteboard final : public Pasteboard {
 public:
     bool setString(const std::string& text) override;
-
-private:
-    std::unique_ptr<X11Clipboard> large_; // from the first text that the toolkit could not hand over
 };
 
 /// shared-mime-info through GIO.

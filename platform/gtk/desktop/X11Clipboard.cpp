@@ -1,13 +1,15 @@
 #include "platform/gtk/desktop/X11Clipboard.h"
 
-#include "platform/gtk/glib/Signals.h"
+#include "platform/gtk/desktop/ContentBytes.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
 #include <algorithm>
 #include <deque>
+#include <gdk/x11/gdkx.h>
 #include <glib-unix.h>
+#include <optional>
 #include <vector>
 
 namespace quillmere::platform::gtk {
@@ -16,115 +18,185 @@ namespace {
 
 constexpr size_t pieceSize = size_t{64} * 1024; // below any server's largest request
 constexpr size_t mostTransfers = 16;            // the oldest is given up for another
-using Text = std::shared_ptr<const std::string>;
+constexpr long mostConversions = 256;           // of one request for several
+constexpr const char* plainText = "text/plain;charset=utf-8";
+using Bytes = std::shared_ptr<const std::string>;
 
 struct DisplayClose {
     void operator()(Display* display) const noexcept { XCloseDisplay(display); }
 };
+struct XDelete {
+    void operator()(void* memory) const noexcept { XFree(memory); }
+};
 
-/// A text on its way in pieces; the receiver asks for the next one by deleting the property.
+/// Data on their way in pieces; the receiver asks for the next one by deleting the property.
 struct Transfer {
     ::Window receiver{};
     Atom property{};
     Atom type{};
-    Text text;
+    Bytes data;
     size_t offset = 0;
 };
 
+/// One request under way; for several targets at once it has several conversions.
+struct Request {
+    struct Conversion {
+        Atom target{};
+        Atom property{};
+    };
+    XSelectionRequestEvent asked{};
+    std::vector<Conversion> conversions;
+    size_t open = 0;
+};
+
+/// Text in the one encoding that old programs know; nothing when it does not fit and `fallback` is null.
+std::optional<std::string> latin1(const std::string& text, const char* fallback) {
+    gsize written = 0;
+    const auto size = static_cast<gssize>(text.size());
+    const GlibText converted(
+        fallback
+            ? g_convert_with_fallback(text.data(), size, "ISO-8859-1", "UTF-8", fallback, nullptr, &written, nullptr)
+            : g_convert(text.data(), size, "ISO-8859-1", "UTF-8", nullptr, &written, nullptr));
+    return converted ? std::optional(std::string(converted.get(), written)) : std::nullopt;
+}
+
 } // namespace
 
-class X11Clipboard::Connection {
+class X11Clipboard::Handover : public std::enable_shared_from_this<Handover> {
 public:
-    explicit Connection(Display* display)
-        : display_(display), window_(XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 1, 1, 0, 0, 0)) {
-        XSelectInput(display, window_, PropertyChangeMask);
+    explicit Handover(Display* display) : display_(display) {
         const auto ready = +[](int, GIOCondition, gpointer self) -> gboolean {
-            guarded([&] { static_cast<Connection*>(self)->takeEvents(); });
+            guarded([&] { static_cast<Handover*>(self)->takeEvents(); });
             return G_SOURCE_CONTINUE;
         };
         source_ = g_unix_fd_add(ConnectionNumber(display), G_IO_IN, ready, this);
     }
-    ~Connection() { g_source_remove(source_); }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
+    ~Handover() { g_source_remove(source_); }
+    Handover(const Handover&) = delete;
+    Handover& operator=(const Handover&) = delete;
 
-    bool own(std::string text) {
-        text_ = std::make_shared<const std::string>(std::move(text));
-        isAscii_ = std::ranges::all_of(*text_, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-        since_ = serverTime();
-        XSetSelectionOwner(display_.get(), clipboard_, window_, since_);
-        const bool ours = XGetSelectionOwner(display_.get(), clipboard_) == window_;
-        if (!ours)
-            text_.reset();
-        takeEvents(); // those that the calls above have read already
-        return ours;
+    /// Whether this event of the toolkit's connection is a request for data, and so ours.
+    bool takes(GdkDisplay* display, const XEvent& event) {
+        if (event.type != SelectionRequest)
+            return false;
+        const auto& asked = event.xselectionrequest;
+        const Atom target = asked.target;
+        GdkClipboard* const selection = asked.selection == clipboard_   ? gdk_display_get_clipboard(display)
+                                        : asked.selection == XA_PRIMARY ? gdk_display_get_primary_clipboard(display)
+                                                                        : nullptr;
+        GdkContentProvider* const content = selection ? gdk_clipboard_get_content(selection) : nullptr;
+        if (!content || target == targets_ || target == timestamp_ || target == saveTargets_ || target == delete_)
+            return false;
+        auto request = std::make_shared<Request>();
+        request->asked = asked;
+        if (asked.property == None)
+            request->asked.property = target; // as old programs expect
+        if (target == multiple_)
+            request->conversions = severalOf(request->asked);
+        else
+            request->conversions.push_back({.target = target, .property = request->asked.property});
+        begin(request, content);
+        return true;
     }
 
 private:
     Atom atom(const char* name) const { return XInternAtom(display_.get(), name, False); }
 
-    /// The server's clock, by which owners of a selection are compared.
-    Time serverTime() {
-        XChangeProperty(display_.get(), window_, timeProperty_, XA_INTEGER, 8, PropModeAppend, nullptr, 0);
+    std::vector<Request::Conversion> severalOf(const XSelectionRequestEvent& asked) {
+        Atom type{};
+        int format = 0;
+        unsigned long count = 0, rest = 0;
+        unsigned char* data = nullptr;
+        if (XGetWindowProperty(display_.get(), asked.requestor, asked.property, 0, 2 * mostConversions, False,
+                               AnyPropertyType, &type, &format, &count, &rest, &data) != Success)
+            return {};
+        const std::unique_ptr<unsigned char, XDelete> owned(data);
+        std::vector<Request::Conversion> several;
+        const auto* atoms = reinterpret_cast<const Atom*>(data);
+        for (unsigned long at = 0; format == 32 && at + 1 < count; at += 2)
+            several.push_back({.target = atoms[at], .property = atoms[at + 1]});
+        return several;
+    }
+
+    void begin(const std::shared_ptr<Request>& request, GdkContentProvider* content) {
+        request->open = request->conversions.size();
+        if (request->open == 0)
+            return answer(*request);
+        const auto count = request->conversions.size();
+        for (size_t index = 0; index < count; ++index)
+            readContent(content, mimeTypeOf(request->conversions[index].target).c_str(),
+                        [weak = weak_from_this(), request, index](std::optional<std::string> data) {
+                            if (const auto self = weak.lock())
+                                self->converted(*request, index, std::move(data));
+                        });
+    }
+
+    /// A name that is no MIME type for a target that is none of ours.
+    std::string mimeTypeOf(Atom target) const {
+        if (target == utf8_ || target == text_ || target == XA_STRING || target == compound_)
+            return plainText;
+        const std::unique_ptr<char, XDelete> name(XGetAtomName(display_.get(), target));
+        return name ? name.get() : "";
+    }
+
+    void converted(Request& request, size_t index, std::optional<std::string> data) {
+        auto& conversion = request.conversions[index];
+        Atom type = conversion.target == text_ ? utf8_ : conversion.target;
+        if (data && (type == XA_STRING || type == compound_))
+            data = latin1(*data, type == XA_STRING ? "?" : nullptr);
+        if (data)
+            put(request.asked.requestor, conversion.property, type,
+                std::make_shared<const std::string>(std::move(*data)));
+        else
+            conversion.property = None;
+        if (--request.open == 0)
+            answer(request);
+    }
+
+    void answer(const Request& request) {
+        const auto& asked = request.asked;
+        bool given = !request.conversions.empty();
+        if (asked.target == multiple_) {
+            std::vector<Atom> pairs;
+            for (const auto& conversion : request.conversions)
+                pairs.insert(pairs.end(), {conversion.target, conversion.property});
+            change(asked.requestor, asked.property, pair_, 32, pairs.data(), pairs.size());
+        } else {
+            given = given && request.conversions.front().property != None;
+        }
         XEvent event{};
-        XWindowEvent(display_.get(), window_, PropertyChangeMask, &event);
-        return event.xproperty.time;
+        auto& notice = event.xselection;
+        notice.type = SelectionNotify;
+        notice.requestor = asked.requestor;
+        notice.selection = asked.selection;
+        notice.target = asked.target;
+        notice.time = asked.time;
+        notice.property = given ? asked.property : None;
+        XSendEvent(display_.get(), asked.requestor, False, NoEventMask, &event);
+        takeEvents(); // those that the calls above have read already
+    }
+
+    void put(::Window receiver, Atom property, Atom type, Bytes data) {
+        if (data->size() <= pieceSize)
+            return change(receiver, property, type, 8, data->data(), data->size());
+        std::erase_if(transfers_,
+                      [&](const auto& old) { return old.receiver == receiver && old.property == property; });
+        if (transfers_.size() >= mostTransfers)
+            transfers_.pop_front();
+        XSelectInput(display_.get(), receiver, PropertyChangeMask);
+        const long size = static_cast<long>(data->size());
+        change(receiver, property, incremental_, 32, &size, 1);
+        transfers_.push_back({.receiver = receiver, .property = property, .type = type, .data = std::move(data)});
     }
 
     void takeEvents() {
         while (XPending(display_.get()) > 0) {
             XEvent event{};
             XNextEvent(display_.get(), &event);
-            if (event.type == SelectionRequest)
-                answer(event.xselectionrequest);
-            else if (event.type == SelectionClear)
-                text_.reset();
-            else if (event.type == PropertyNotify && event.xproperty.state == PropertyDelete)
+            if (event.type == PropertyNotify && event.xproperty.state == PropertyDelete)
                 sendPiece(event.xproperty.window, event.xproperty.atom);
         }
         XFlush(display_.get());
-    }
-
-    void answer(const XSelectionRequestEvent& request) {
-        XEvent event{};
-        auto& notice = event.xselection;
-        notice.type = SelectionNotify;
-        notice.requestor = request.requestor;
-        notice.selection = request.selection;
-        notice.target = request.target;
-        notice.time = request.time;
-        const Atom property = request.property != None ? request.property : request.target; // as old programs expect
-        notice.property = text_ && put(request.requestor, property, request.target) ? property : None;
-        XSendEvent(display_.get(), request.requestor, False, NoEventMask, &event);
-    }
-
-    bool put(::Window receiver, Atom property, Atom target) {
-        if (target == targets_) {
-            std::vector<Atom> offered{targets_, timestamp_, utf8_, plain_};
-            if (isAscii_)
-                offered.push_back(XA_STRING); // which is Latin-1
-            change(receiver, property, XA_ATOM, 32, offered.data(), offered.size());
-            return true;
-        }
-        if (target == timestamp_) {
-            change(receiver, property, XA_INTEGER, 32, &since_, 1);
-            return true;
-        }
-        if (target != utf8_ && target != plain_ && !(target == XA_STRING && isAscii_))
-            return false;
-        if (text_->size() <= pieceSize) {
-            change(receiver, property, target, 8, text_->data(), text_->size());
-            return true;
-        }
-        std::erase_if(transfers_,
-                      [&](const auto& old) { return old.receiver == receiver && old.property == property; });
-        if (transfers_.size() >= mostTransfers)
-            transfers_.pop_front();
-        XSelectInput(display_.get(), receiver, PropertyChangeMask);
-        const long size = static_cast<long>(text_->size());
-        change(receiver, property, incremental_, 32, &size, 1);
-        transfers_.push_back({.receiver = receiver, .property = property, .type = target, .text = text_});
-        return true;
     }
 
     void sendPiece(::Window receiver, Atom property) {
@@ -132,8 +204,8 @@ private:
         const auto transfer = std::ranges::find_if(transfers_, isMeant);
         if (transfer == transfers_.end())
             return;
-        const size_t size = std::min(pieceSize, transfer->text->size() - transfer->offset);
-        change(receiver, property, transfer->type, 8, transfer->text->data() + transfer->offset, size);
+        const size_t size = std::min(pieceSize, transfer->data->size() - transfer->offset);
+        change(receiver, property, transfer->type, 8, transfer->data->data() + transfer->offset, size);
         transfer->offset += size;
         if (size > 0)
             return;
@@ -149,30 +221,29 @@ private:
     }
 
     std::unique_ptr<Display, DisplayClose> display_;
-    ::Window window_;
     guint source_ = 0;
     const Atom clipboard_ = atom("CLIPBOARD"), targets_ = atom("TARGETS"), timestamp_ = atom("TIMESTAMP"),
-               utf8_ = atom("UTF8_STRING"), plain_ = atom("text/plain;charset=utf-8"), incremental_ = atom("INCR"),
-               timeProperty_ = atom("_QUILLMERE_TIME");
-    Text text_;
-    bool isAscii_ = false;
-    Time since_ = CurrentTime;
+               saveTargets_ = atom("SAVE_TARGETS"), delete_ = atom("DELETE"), multiple_ = atom("MULTIPLE"),
+               pair_ = atom("ATOM_PAIR"), incremental_ = atom("INCR"), utf8_ = atom("UTF8_STRING"),
+               text_ = atom("TEXT"), compound_ = atom("COMPOUND_TEXT");
     std::deque<Transfer> transfers_;
 };
 
-std::unique_ptr<X11Clipboard> X11Clipboard::open(const char* display) {
-    Display* const opened = XOpenDisplay(display);
+std::unique_ptr<X11Clipboard> X11Clipboard::open(GdkDisplay* display) {
+    if (!GDK_IS_X11_DISPLAY(display))
+        return nullptr;
+    Display* const opened = XOpenDisplay(gdk_display_get_name(display));
     if (!opened)
         return nullptr;
-    return std::unique_ptr<X11Clipboard>(new X11Clipboard(std::make_unique<Connection>(opened)));
+    return std::unique_ptr<X11Clipboard>(new X11Clipboard(display, std::make_shared<Handover>(opened)));
 }
 
-X11Clipboard::X11Clipboard(std::unique_ptr<Connection> connection) : connection_(std::move(connection)) {}
+X11Clipboard::X11Clipboard(GdkDisplay* display, std::shared_ptr<Handover> handover)
+    : handover_(std::move(handover)),
+      requests_(connect(display, "xevent", [this](GdkX11Display* source, gpointer event) -> gboolean {
+          return handover_->takes(GDK_DISPLAY(source), *static_cast<const XEvent*>(event)) ? TRUE : FALSE;
+      })) {}
 
 X11Clipboard::~X11Clipboard() = default;
-
-bool X11Clipboard::setText(std::string text) {
-    return connection_->own(std::move(text));
-}
 
 } // namespace quillmere::platform::gtk

@@ -23,11 +23,15 @@ void DesktopDialogs::openPanel(Window& window, const OpenPanelSpec& spec,
 }
 
 void DesktopDialogs::alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) {
+    window.closePopover(); // its surface would lie above the sheet
     static_cast<DesktopWindow&>(window).sheets().present(spec, std::move(completion));
 }
 
 void DesktopDialogs::colorPanel(Window& window, ColorPanelSpec spec) {
-    colorPanel_ = std::make_unique<ColorPanel>(static_cast<DesktopWindow&>(window).handle(), std::move(spec));
+    if (colorPanel_)
+        colorPanel_->follow(std::move(spec));
+    else
+        colorPanel_ = std::make_unique<ColorPanel>(static_cast<DesktopWindow&>(window).handle(), std::move(spec));
 }
 
 void DesktopDialogs::closeAll() {

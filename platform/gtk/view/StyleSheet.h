@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/gtk/glib/GObjectRef.h"
-#include "platform/gtk/view/Theme.h"
+#include "platform/view/Theme.h"
 
 #include <gtk/gtk.h>
 
@@ -19,14 +19,17 @@ public:
     StyleSheet(const StyleSheet&) = delete;
     StyleSheet& operator=(const StyleSheet&) = delete;
 
-    void setTheme(const Theme& theme);
+    void setTheme(const view::Theme& theme);
 
 private:
     GObjectRef<GdkDisplay> display_;
     GObjectRef<GtkCssProvider> rules_;
     GObjectRef<GtkCssProvider> colors_;
-    std::optional<Theme> theme_;
+    std::optional<view::Theme> theme_;
 };
+
+/// "rgba(r,g,b,a)" for a style sheet, the components as integers, independent of the locale.
+std::string cssColor(const view::Color& color);
 
 /// Style rules for one widget alone, in place of earlier ones; `declarations` stand inside the braces.
 class WidgetStyle {

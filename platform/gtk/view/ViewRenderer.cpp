@@ -1,15 +1,15 @@
 #include "platform/gtk/view/ViewRenderer.h"
 
+#include "platform/gtk/view/TextScale.h"
+#include "platform/gtk/view/ViewWidgets.h"
 #include "platform/gtk/view/WidgetView.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace quillmere::platform::gtk {
 
 namespace {
 
-constexpr int symbolSize = 20;
 constexpr std::chrono::milliseconds pulseInterval{90};
 
 template <typename... Cases>
@@ -17,41 +17,71 @@ struct Overloaded : Cases... {
     using Cases::operator()...;
 };
 
-int points(double value) {
-    return static_cast<int>(std::lround(value));
-}
-
 void setMargins(GtkWidget* widget, const view::Insets& insets) {
-    gtk_widget_set_margin_top(widget, points(insets.top));
-    gtk_widget_set_margin_bottom(widget, points(insets.bottom));
-    gtk_widget_set_margin_start(widget, points(insets.left));
-    gtk_widget_set_margin_end(widget, points(insets.right));
+    gtk_widget_set_margin_top(widget, scaled(insets.top));
+    gtk_widget_set_margin_bottom(widget, scaled(insets.bottom));
+    gtk_widget_set_margin_start(widget, scaled(insets.left));
+    gtk_widget_set_margin_end(widget, scaled(insets.right));
 }
 
-void place(GtkWidget* widget, const view::Placement& placement) {
+void align(GtkWidget* widget, GtkAlign horizontal, GtkAlign vertical) {
+    gtk_widget_set_halign(widget, horizontal);
+    gtk_widget_set_valign(widget, vertical);
+}
+
+void placeInOverlay(GtkWidget* widget, const view::Placement& placement) {
     std::visit(Overloaded{
                    [&](const view::Fill& fill) { setMargins(widget, fill.insets); },
-                   [&](const view::Centered&) {
-                       gtk_widget_set_halign(widget, GTK_ALIGN_CENTER);
-                       gtk_widget_set_valign(widget, GTK_ALIGN_CENTER);
-                   },
+                   [&](const view::Centered&) { align(widget, GTK_ALIGN_CENTER, GTK_ALIGN_CENTER); },
                    [&](const view::TopTrailing& corner) {
-                       gtk_widget_set_halign(widget, GTK_ALIGN_END);
-                       gtk_widget_set_valign(widget, GTK_ALIGN_START);
+                       align(widget, GTK_ALIGN_END, GTK_ALIGN_START);
                        setMargins(widget, {.top = corner.top, .right = corner.trailing});
                    },
                },
                placement);
 }
 
-bool takesInput(const view::View& view) {
-    return std::holds_alternative<view::Button>(view.kind()) || std::holds_alternative<view::Native>(view.kind()) ||
-           std::ranges::any_of(view.children(), [](const auto& child) { return takesInput(*child); });
+void placeInStack(GtkWidget* widget, const view::Stack& stack, const view::View& child) {
+    if (std::holds_alternative<view::Spacer>(child.kind())) {
+        const bool row = stack.axis == view::Axis::horizontal;
+        gtk_widget_set_hexpand(widget, row);
+        gtk_widget_set_vexpand(widget, !row);
+        return;
+    }
+    const GtkAlign across = stack.alignment == view::Alignment::leading ? GTK_ALIGN_START : GTK_ALIGN_CENTER;
+    if (stack.axis == view::Axis::vertical)
+        align(widget, across, GTK_ALIGN_CENTER);
+    else
+        align(widget, GTK_ALIGN_CENTER, across);
+    gtk_widget_set_hexpand(widget, FALSE); // or a spacer inside would widen it
 }
 
-GtkWidget* makeBox(GtkOrientation orientation, int spacing, GtkAccessibleRole role) {
-    return GTK_WIDGET(
-        g_object_new(GTK_TYPE_BOX, "orientation", orientation, "spacing", spacing, "accessible-role", role, nullptr));
+void place(GtkWidget* widget, const view::View& parent, const view::View& child) {
+    if (std::holds_alternative<view::Overlay>(parent.kind()))
+        return placeInOverlay(widget, child.placement);
+    if (const auto* stack = std::get_if<view::Stack>(&parent.kind()))
+        return placeInStack(widget, *stack, child);
+    align(widget, GTK_ALIGN_FILL, GTK_ALIGN_FILL);
+    gtk_widget_set_hexpand(widget, TRUE);
+}
+
+/// What the text scale changes about a widget by itself.
+void measure(GtkWidget* widget, const view::View& view) {
+    if (view.size)
+        gtk_widget_set_size_request(widget, view.size->width > 0 ? scaled(view.size->width) : -1,
+                                    view.size->height > 0 ? scaled(view.size->height) : -1);
+    if (const auto* stack = std::get_if<view::Stack>(&view.kind())) {
+        gtk_box_set_spacing(GTK_BOX(widget), scaled(stack->spacing));
+        setMargins(widget, stack->margins);
+    }
+}
+
+bool takesInput(const view::View& view) {
+    const auto& kind = view.kind();
+    return std::holds_alternative<view::Button>(kind) || std::holds_alternative<view::Switch>(kind) ||
+           std::holds_alternative<view::Slider>(kind) || std::holds_alternative<view::Scroll>(kind) ||
+           std::holds_alternative<view::Native>(kind) ||
+           std::ranges::any_of(view.children(), [](const auto& child) { return takesInput(*child); });
 }
 
 GtkAccessibleRole stackRole(const view::View& view) {
@@ -60,12 +90,43 @@ GtkAccessibleRole stackRole(const view::View& view) {
     return buttonsOnly ? GTK_ACCESSIBLE_ROLE_TOOLBAR : GTK_ACCESSIBLE_ROLE_GROUP;
 }
 
-} // namespace
-
-std::string symbolIconName(const std::string& symbol) {
-    // With a name of our own, or the desktop's icon theme would come first; the ending has it coloured like text.
-    return "quillmere-" + symbol + "-symbolic";
+GtkWidget* makeStack(const view::View& view, const view::Stack& stack) {
+    return makeBox(stack.axis == view::Axis::horizontal ? GTK_ORIENTATION_HORIZONTAL : GTK_ORIENTATION_VERTICAL,
+                   stackRole(view));
 }
+
+GtkWidget* makeOverlay() {
+    GtkWidget* overlay = gtk_overlay_new();
+    // The lowest layer gives the size; content laid over it never makes the window grow.
+    gtk_overlay_set_child(GTK_OVERLAY(overlay), gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0));
+    return overlay;
+}
+
+void addChild(GtkWidget* container, GtkWidget* child, GtkWidget* previous) {
+    if (GTK_IS_SCROLLED_WINDOW(container)) {
+        if (!gtk_widget_get_parent(child))
+            gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(container), child);
+        return;
+    }
+    if (!gtk_widget_get_parent(child)) {
+        if (GTK_IS_OVERLAY(container))
+            gtk_overlay_add_overlay(GTK_OVERLAY(container), child);
+        else
+            gtk_box_append(GTK_BOX(container), child);
+    }
+    gtk_widget_insert_after(child, container, previous);
+}
+
+void removeChild(GtkWidget* container, GtkWidget* child) {
+    if (GTK_IS_SCROLLED_WINDOW(container))
+        gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(container), nullptr);
+    else if (GTK_IS_OVERLAY(container))
+        gtk_overlay_remove_overlay(GTK_OVERLAY(container), child);
+    else
+        gtk_box_remove(GTK_BOX(container), child);
+}
+
+} // namespace
 
 ViewRenderer::~ViewRenderer() {
     unmount();
@@ -93,12 +154,25 @@ void ViewRenderer::refreshTints() {
             applyTint(node, *tint);
 }
 
+void ViewRenderer::refreshSizes() {
+    for (auto& [view, node] : nodes_) {
+        measure(node.widget.get(), *view);
+        if (const auto parent = node.view->parent(); parent && nodes_.contains(parent.get()))
+            place(node.widget.get(), *parent, *view);
+    }
+}
+
+GtkWidget* ViewRenderer::widgetOf(const view::View& view) const {
+    const auto found = nodes_.find(&view);
+    return found == nodes_.end() ? nullptr : found->second.widget.get();
+}
+
 GtkWidget* ViewRenderer::render(view::View& view) {
     auto& node = nodes_[&view];
+    node.view = &view;
     node.widget = GObjectRef<GtkWidget>::share(makeWidget(view, node));
     GtkWidget* widget = node.widget.get();
-    if (view.size)
-        gtk_widget_set_size_request(widget, points(view.size->width), points(view.size->height));
+    measure(widget, view);
     const bool isToolbar = gtk_accessible_get_accessible_role(GTK_ACCESSIBLE(widget)) == GTK_ACCESSIBLE_ROLE_TOOLBAR;
     if (const std::string label = view.accessibilityLabel.empty() && isToolbar ? "Toolbar" : view.accessibilityLabel;
         !label.empty())
@@ -108,45 +182,37 @@ GtkWidget* ViewRenderer::render(view::View& view) {
 }
 
 GtkWidget* ViewRenderer::makeWidget(view::View& view, Node& node) {
+    const auto self = view.shared_from_this();
+    const auto styled = [&](GtkWidget* widget) {
+        node.style = std::make_unique<WidgetStyle>(widget);
+        return widget;
+    };
     return std::visit(Overloaded{
-                          [&](const view::Overlay&) {
-                              GtkWidget* overlay = gtk_overlay_new();
-                              // The lowest layer gives the size; content laid over it never makes the window grow.
-                              gtk_overlay_set_child(GTK_OVERLAY(overlay), gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0));
-                              return overlay;
-                          },
-                          [&](const view::Stack& stack) {
-                              const auto orientation = stack.axis == view::Axis::horizontal ? GTK_ORIENTATION_HORIZONTAL
-                                                                                            : GTK_ORIENTATION_VERTICAL;
-                              GtkWidget* box = makeBox(orientation, points(stack.spacing), stackRole(view));
-                              setMargins(box, stack.margins);
-                              return box;
-                          },
+                          [&](const view::Overlay&) { return makeOverlay(); },
+                          [&](const view::Stack& stack) { return makeStack(view, stack); },
+                          [&](const view::Spacer&) { return gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0); },
+                          [&](const view::Scroll&) { return makeScroll(); },
                           [&](const view::Glass& glass) {
-                              GtkWidget* box = makeBox(GTK_ORIENTATION_HORIZONTAL, 0, GTK_ACCESSIBLE_ROLE_GROUP);
+                              GtkWidget* box = styled(makeBox(GTK_ORIENTATION_HORIZONTAL, GTK_ACCESSIBLE_ROLE_GROUP));
                               gtk_widget_add_css_class(box, "quillmere-glass");
-                              node.style = std::make_unique<WidgetStyle>(box);
-                              node.style->set("border-radius: " + std::to_string(points(glass.radius)) + "px;");
+                              gtk_widget_set_overflow(box, GTK_OVERFLOW_HIDDEN); // the corners cut what scrolls inside
+                              node.style->set("border-radius: " + std::to_string(glass.radius) + "px;");
                               return box;
                           },
                           [&](const view::Material&) { return gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0); },
                           [&](const view::Tint& tint) {
-                              GtkWidget* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
-                              node.style = std::make_unique<WidgetStyle>(box);
+                              GtkWidget* box = styled(gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0));
                               applyTint(node, tint);
                               return box;
                           },
-                          [&](const view::Button& button) { return makeButton(view, button); },
-                          [&](const view::Spinner&) {
-                              GtkWidget* spinner = gtk_spinner_new();
-                              gtk_widget_add_css_class(spinner, "quillmere-spinner");
-                              gtk_spinner_start(GTK_SPINNER(spinner));
-                              return spinner;
-                          },
+                          [&](const view::Label& label) { return makeLabel(label); },
+                          [&](const view::Separator&) { return makeSeparator(); },
+                          [&](const view::Button& button) { return makeButton(self, button); },
+                          [&](const view::Switch& control) { return makeSwitch(self, control); },
+                          [&](const view::Slider& slider) { return makeSlider(self, slider); },
+                          [&](const view::Spinner&) { return makeSpinner(); },
                           [&](const view::ProgressBar&) {
-                              GtkWidget* bar = gtk_progress_bar_new();
-                              gtk_widget_add_css_class(bar, "quillmere-bar");
-                              gtk_progress_bar_set_pulse_step(GTK_PROGRESS_BAR(bar), 0.06);
+                              GtkWidget* bar = makeProgressBar();
                               node.pulse = std::make_unique<LoopTimer>();
                               node.pulse->every(pulseInterval,
                                                 [bar] { gtk_progress_bar_pulse(GTK_PROGRESS_BAR(bar)); });
@@ -161,21 +227,6 @@ GtkWidget* ViewRenderer::makeWidget(view::View& view, Node& node) {
                       view.kind());
 }
 
-GtkWidget* ViewRenderer::makeButton(view::View& view, const view::Button& button) {
-    GtkWidget* widget = gtk_button_new();
-    gtk_widget_add_css_class(widget, "quillmere-symbol");
-    GtkWidget* image = gtk_image_new_from_icon_name(symbolIconName(button.symbol).c_str());
-    gtk_image_set_pixel_size(GTK_IMAGE(image), symbolSize);
-    gtk_button_set_child(GTK_BUTTON(widget), image);
-    if (!button.tooltip.empty())
-        gtk_widget_set_tooltip_text(widget, button.tooltip.c_str());
-    connectForLife(widget, "clicked", [weak = view.weak_from_this()](GtkButton*) {
-        if (const auto pressed = weak.lock())
-            view::press(*pressed);
-    });
-    return widget;
-}
-
 void ViewRenderer::applyTint(Node& node, const view::Tint& tint) {
     auto shown = tint.color;
     if (!host_.showsDesktop())
@@ -188,8 +239,17 @@ void ViewRenderer::kindChanged(view::View& view) {
     const auto found = nodes_.find(&view);
     if (found == nodes_.end())
         return;
+    GtkWidget* widget = found->second.widget.get();
     if (const auto* tint = std::get_if<view::Tint>(&view.kind()))
         applyTint(found->second, *tint);
+    else if (const auto* label = std::get_if<view::Label>(&view.kind()))
+        gtk_label_set_text(GTK_LABEL(widget), label->text.c_str());
+    else if (const auto* button = std::get_if<view::Button>(&view.kind()))
+        setButtonTitle(widget, button->title);
+    else if (const auto* control = std::get_if<view::Switch>(&view.kind()))
+        gtk_switch_set_active(GTK_SWITCH(widget), control->on);
+    else if (const auto* slider = std::get_if<view::Slider>(&view.kind()))
+        gtk_range_set_value(GTK_RANGE(widget), slider->value);
 }
 
 void ViewRenderer::childrenChanged(view::View& view) {
@@ -197,39 +257,29 @@ void ViewRenderer::childrenChanged(view::View& view) {
         syncChildren(view, found->second);
 }
 
-void ViewRenderer::syncChildren(view::View& view, Node& node) {
-    GtkWidget* container = node.widget.get();
-    const bool overlay = GTK_IS_OVERLAY(container);
+void ViewRenderer::removeGone(view::View& view, Node& node) {
     const auto isGone = [&](const view::View* child) {
         return std::ranges::find(view.children(), child, &view::ViewRef::get) == view.children().end();
     };
     std::vector<const view::View*> gone;
     std::ranges::copy_if(node.children, std::back_inserter(gone), isGone);
     for (const auto* child : gone) {
-        GtkWidget* widget = nodes_.at(child).widget.get();
-        if (overlay)
-            gtk_overlay_remove_overlay(GTK_OVERLAY(container), widget);
-        else
-            gtk_box_remove(GTK_BOX(container), widget);
+        removeChild(node.widget.get(), nodes_.at(child).widget.get());
         forget(child);
     }
+}
 
+void ViewRenderer::syncChildren(view::View& view, Node& node) {
+    removeGone(view, node);
+    GtkWidget* container = node.widget.get();
     std::vector<const view::View*> children;
-    GtkWidget* previous = overlay ? gtk_overlay_get_child(GTK_OVERLAY(container)) : nullptr;
+    GtkWidget* previous = GTK_IS_OVERLAY(container) ? gtk_overlay_get_child(GTK_OVERLAY(container)) : nullptr;
     for (const auto& child : view.children()) {
         const bool isNew = !nodes_.contains(child.get());
         GtkWidget* widget = isNew ? render(*child) : nodes_.at(child.get()).widget.get();
-        if (isNew && overlay) {
-            place(widget, child->placement);
-            gtk_overlay_add_overlay(GTK_OVERLAY(container), widget);
-        } else if (isNew) {
-            const bool acrossStack = std::holds_alternative<view::Stack>(view.kind());
-            gtk_widget_set_halign(widget, acrossStack ? GTK_ALIGN_CENTER : GTK_ALIGN_FILL);
-            gtk_widget_set_valign(widget, acrossStack ? GTK_ALIGN_CENTER : GTK_ALIGN_FILL);
-            gtk_widget_set_hexpand(widget, !acrossStack);
-            gtk_box_append(GTK_BOX(container), widget);
-        }
-        gtk_widget_insert_after(widget, container, previous);
+        if (isNew)
+            place(widget, view, *child);
+        addChild(container, widget, previous);
         previous = widget;
         children.push_back(child.get());
     }

@@ -10,9 +10,6 @@
 
 namespace quillmere::platform::gtk {
 
-/// The icon theme's name for a symbol; the file with its image is named after it.
-std::string symbolIconName(const std::string& symbol);
-
 /// Turns a view tree into widgets and keeps them in step with it. Main thread only. The tree must not outlive the
 /// renderer as its observer: `unmount` first.
 class ViewRenderer final : public view::ViewObserver {
@@ -25,7 +22,7 @@ public:
         virtual void tintChanged(const view::Color& tint) = 0;
         /// A widget that somebody else made has come into the window.
         virtual void nativeMounted(GtkWidget* widget) = 0;
-        /// Whether transparent pixels show what is behind the window; else a tint has to be opaque.
+        /// Whether what is behind the window shows through, blurred; else a tint has to be opaque.
         virtual bool showsDesktop() const = 0;
     };
 
@@ -37,9 +34,14 @@ public:
     void unmount();
     /// Colours every tint again, when what is behind the window has changed.
     void refreshTints();
+    /// Measures everything again, when the text scale has changed.
+    void refreshSizes();
+    /// The widget of a mounted view; null when it is not mounted here.
+    GtkWidget* widgetOf(const view::View& view) const;
 
 private:
     struct Node {
+        view::View* view = nullptr; // alive as long as it is mounted
         GObjectRef<GtkWidget> widget;
         std::vector<const view::View*> children; // keys of nodes_, in order
         std::unique_ptr<WidgetStyle> style;
@@ -51,9 +53,9 @@ private:
 
     GtkWidget* render(view::View& view);
     GtkWidget* makeWidget(view::View& view, Node& node);
-    GtkWidget* makeButton(view::View& view, const view::Button& button);
     void applyTint(Node& node, const view::Tint& tint);
     void syncChildren(view::View& view, Node& node);
+    void removeGone(view::View& view, Node& node);
     void forget(const view::View* view);
 
     Host& host_;

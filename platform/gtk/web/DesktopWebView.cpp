@@ -1,7 +1,6 @@
 #include "platform/gtk/web/DesktopWebView.h"
 
 #include "platform/gtk/web/FileDrop.h"
-#include "platform/gtk/web/PageTitle.h"
 #include "platform/gtk/web/WebViewSettings.h"
 
 namespace quillmere::platform::gtk {
@@ -24,7 +23,7 @@ private:
 DesktopWebView::DesktopWebView(const WebViewConfiguration& configuration, const FileUrl& extensions,
                                Executors& executors)
     : context_(makeWebContext()), session_(makeWebSession()),
-      content_(GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new())),
+      content_(GObjectRef<WebKitUserContentManager>::adopt(webkit_user_content_manager_new())), status_(content_.get()),
       filter_(content_.get(), configuration.scheme, configuration.host),
       tasks_(context_.get(), configuration.scheme, *configuration.schemeHandler),
       reads_(context_.get(), extensions, *configuration.schemeHandler, executors),
@@ -33,7 +32,7 @@ DesktopWebView::DesktopWebView(const WebViewConfiguration& configuration, const 
     web_ = makeWebWidget(configuration, context_.get(), session_.get(), content_.get());
     tasks_.setPage(web_.get());
     view_ = view::View::make(view::Native{std::make_shared<WebWidget>(web_)});
-    title_ = publishPageTitle(web_.get());
+    status_.showIn(web_.get());
     watchNavigation();
     refuseRequests();
     page_ = std::make_unique<PageLoad>(web_.get(), [this](const std::string& description) {

@@ -8,6 +8,7 @@
 #include "platform/gtk/view/WidgetView.h"
 #include "platform/gtk/web/NetworkFilter.h"
 #include "platform/gtk/web/PageLoad.h"
+#include "platform/gtk/web/PageStatus.h"
 #include "platform/gtk/web/WebViewBridge.h"
 
 #include <webkit/webkit.h>
@@ -44,12 +45,12 @@ private:
     GObjectRef<WebKitWebView> web_;
     view::ViewRef view_;
     std::weak_ptr<WebViewClient> client_;
+    PageStatus status_;
     NetworkFilter filter_;
     SchemeTasks tasks_;
     FileReads reads_;
     WebViewBridge bridge_;
     std::unique_ptr<PageLoad> page_;
-    SignalConnections title_;
     SignalConnections signals_;
 };
 

@@ -26,12 +26,34 @@ GObjectRef<WebKitSettings> makeSettings(const WebViewConfiguration& configuratio
     return settings;
 }
 
-// The widget keeps an empty text view for input methods. The Tab key leads into it and never out again.
-void keepFocusOutOfHelpers(GtkWidget* web) {
+// The widget keeps an empty text view for input methods and keys. The Tab key leads into it and never out again, and
+// the Menu key opens a menu of its own, which edits nothing.
+void silenceHelpers(GtkWidget* web) {
     for (auto* child = gtk_widget_get_first_child(web); child; child = gtk_widget_get_next_sibling(child)) {
-        if (GTK_IS_TEXT_VIEW(child))
-            gtk_widget_set_can_focus(child, FALSE);
+        if (!GTK_IS_TEXT_VIEW(child))
+            continue;
+        gtk_widget_set_can_focus(child, FALSE);
+        gtk_widget_action_set_enabled(child, "menu.popup", FALSE);
     }
+}
+
+/// Whether the engine has been told to draw without compositing.
+bool drawsDirectly() {
+    const std::string_view mode =
+        g_getenv("WEBKIT_DISABLE_COMPOSITING_MODE") ? g_getenv("WEBKIT_DISABLE_COMPOSITING_MODE") : "0";
+    return mode != "0";
+}
+
+struct StyleSheetUnref {
+    void operator()(WebKitUserStyleSheet* sheet) const noexcept { webkit_user_style_sheet_unref(sheet); }
+};
+
+// Nothing blurs behind what floats then.
+void makeCapsulesOpaque(WebKitUserContentManager* content) {
+    const std::unique_ptr<WebKitUserStyleSheet, StyleSheetUnref> sheet(webkit_user_style_sheet_new(
+        ":root, [data-theme] { --a-float: 1 !important; }", WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+        WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr));
+    webkit_user_content_manager_add_style_sheet(content, sheet.get());
 }
 
 } // namespace
@@ -74,8 +96,18 @@ GObjectRef<WebKitWebView> makeWebWidget(const WebViewConfiguration& configuratio
     auto* widget = GTK_WIDGET(web.get());
     gtk_widget_set_hexpand(widget, TRUE);
     gtk_widget_set_vexpand(widget, TRUE);
-    keepFocusOutOfHelpers(widget);
+    silenceHelpers(widget);
+    if (drawsDirectly())
+        makeCapsulesOpaque(content);
     return web;
+}
+
+void groundPage(GtkWidget* web, const view::Color& tint) {
+    if (!drawsDirectly() || !WEBKIT_IS_WEB_VIEW(web))
+        return;
+    const GdkRGBA ground{static_cast<float>(tint.red), static_cast<float>(tint.green), static_cast<float>(tint.blue),
+                         1};
+    webkit_web_view_set_background_color(WEBKIT_WEB_VIEW(web), &ground);
 }
 
 void trimContextMenu(WebKitContextMenu* menu, WebKitHitTestResult* place) {

@@ -1,6 +1,10 @@
 #include "platform/gtk/window/DesktopWindow.h"
 
+#include "platform/gtk/view/TextScale.h"
+#include "platform/gtk/web/WebViewSettings.h"
 #include "platform/gtk/window/KeyboardOrder.h"
+
+#include <gdk/x11/gdkx.h>
 
 namespace quillmere::platform::gtk {
 
@@ -32,22 +36,15 @@ GtkOverlay* makeBody(GtkWindow* window) {
     return GTK_OVERLAY(body);
 }
 
-GtkWidget* addControls(GtkOverlay* body) {
-    GtkWidget* controls = gtk_window_controls_new(GTK_PACK_START);
-    gtk_window_controls_set_decoration_layout(GTK_WINDOW_CONTROLS(controls), "close,minimize,maximize:");
-    gtk_widget_set_halign(controls, GTK_ALIGN_START);
-    gtk_widget_set_valign(controls, GTK_ALIGN_START);
-    gtk_overlay_add_overlay(body, controls);
-    return controls;
-}
-
 } // namespace
 
 DesktopWindow::DesktopWindow(const WindowSpec& spec, Environment environment)
     : environment_(environment), window_(makeWindow(environment_.application.handle(), spec)),
-      body_(makeBody(window_.get())), controls_(addControls(body_)), size_(window_.get(), spec, environment_.defaults),
-      drag_(window_.get()), edges_(window_.get(), body_), sheets_(window_.get(), body_), renderer_(*this) {
+      body_(makeBody(window_.get())), controls_(body_), fullScreenSwitch_(window_.get()), blur_(window_.get()),
+      size_(window_.get(), spec, environment_.defaults), drag_(window_.get()), edges_(window_.get(), body_),
+      sheets_(window_.get(), body_), renderer_(*this), popover_(window_.get(), body_) {
     watch();
+    watchGround();
     environment_.application.setWindow(this);
 }
 
@@ -64,15 +61,40 @@ void DesktopWindow::watch() {
     }));
     connections_.push_back(connect(window_.get(), "notify::fullscreened", [this](GObject*, GParamSpec*) {
         if (const bool now = isFullScreen(); std::exchange(fullScreen_, now) != now) {
-            gtk_widget_set_visible(controls_, !now);
+            controls_.setFullScreen(now);
+            fullScreenSwitch_.changed(now);
             if (const auto client = client_.lock())
                 now ? client->windowDidEnterFullScreen() : client->windowDidExitFullScreen();
         }
     }));
+    connections_.push_back(connect(window_.get(), "notify::focus-widget", [this](GObject*, GParamSpec*) {
+        if (GtkWidget* focus = gtk_window_get_focus(window_.get()); focus && !controls_.holds(focus))
+            focus_.set(focus);
+    }));
     connections_.push_back(
         connect(window_.get(), "close-request", [this](GtkWindow*) -> gboolean { return closeRequested(); }));
+}
+
+// What is behind the window, and how large the user wants text, may change at any time.
+void DesktopWindow::watchGround() {
     connections_.push_back(connect(gtk_widget_get_display(GTK_WIDGET(window_.get())), "notify::composited",
-                                   [this](GObject*, GParamSpec*) { renderer_.refreshTints(); }));
+                                   [this](GObject*, GParamSpec*) { groundChanged(); }));
+    connections_.push_back(connect(gtk_settings_get_default(), "notify::gtk-xft-dpi", [this](GObject*, GParamSpec*) {
+        renderer_.refreshSizes();
+        popover_.refreshSizes();
+    }));
+    connections_.push_back(connect(window_.get(), "realize", [this](GtkWidget*) {
+        GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window_.get()));
+        connections_.push_back(connect(surface, "notify::state", [this](GObject*, GParamSpec*) { groundChanged(); }));
+        connections_.push_back(
+            connect(surface, "layout", [this](GdkSurface*, int, int) { blur_.ask(GTK_WIDGET(body_)); }));
+        groundChanged();
+    }));
+}
+
+void DesktopWindow::groundChanged() {
+    blur_.ask(GTK_WIDGET(body_));
+    renderer_.refreshTints();
 }
 
 void DesktopWindow::keyStateSettled() {
@@ -119,7 +141,7 @@ bool DesktopWindow::isFullScreen() const {
 }
 
 void DesktopWindow::toggleFullScreen() {
-    isFullScreen() ? gtk_window_unfullscreen(window_.get()) : gtk_window_fullscreen(window_.get());
+    fullScreenSwitch_.toggle();
 }
 
 void DesktopWindow::miniaturize() {
@@ -131,19 +153,47 @@ void DesktopWindow::performClose() {
 }
 
 void DesktopWindow::tintChanged(const view::Color& tint) {
-    style_.setTheme(Theme::fromTint(tint));
+    tint_ = tint;
+    style_.setTheme(view::Theme::fromTint(tint));
+    if (native_)
+        groundPage(native_, tint);
 }
 
 void DesktopWindow::nativeMounted(GtkWidget* widget) {
     if (native_)
         return; // a preview over the page
     native_ = widget;
+    if (tint_)
+        groundPage(widget, *tint_);
     drag_.track(widget);
     repairTabOrder(window_.get(), widget);
 }
 
 bool DesktopWindow::showsDesktop() const {
-    return gdk_display_is_composited(gtk_widget_get_display(GTK_WIDGET(window_.get())));
+    return blur_.isOffered();
+}
+
+double DesktopWindow::contentHeight() const {
+    return gtk_widget_get_height(GTK_WIDGET(body_)) / textScale();
+}
+
+std::optional<double> DesktopWindow::screenHeight() const {
+    GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window_.get()));
+    GdkMonitor* monitor =
+        surface ? gdk_display_get_monitor_at_surface(gdk_surface_get_display(surface), surface) : nullptr;
+    if (!monitor)
+        return std::nullopt;
+    GdkRectangle area{};
+    if (GDK_IS_X11_MONITOR(monitor))
+        gdk_x11_monitor_get_workarea(monitor, &area);
+    else
+        gdk_monitor_get_geometry(monitor, &area);
+    return area.height / textScale();
+}
+
+void DesktopWindow::showPopover(view::ViewRef content, const view::ViewRef& anchor) {
+    if (GtkWidget* widget = anchor ? renderer_.widgetOf(*anchor) : nullptr)
+        popover_.show(std::move(content), widget);
 }
 
 } // namespace quillmere::platform::gtk

@@ -47,7 +47,7 @@ TEST_F(PlistDefaultsTest, ValuesOutliveTheProcess) {
     EXPECT_EQ(defaults.string("gone"), std::nullopt);
     EXPECT_EQ(defaults.string("counter"), "1000");
     EXPECT_EQ(defaults.data("Quillmere.text"), std::nullopt) << "a value of another kind";
-    EXPECT_EQ(sandbox.names("config"), std::vector<std::string>{"app.plist"});
+    EXPECT_EQ(sandbox.names("config"), (std::vector<std::string>{"app.plist", "app.plist.lock"}));
     struct stat info{};
     ::stat(file.path().c_str(), &info);
     EXPECT_EQ(info.st_mode & 0777U, 0600U);
@@ -72,12 +72,32 @@ TEST_F(PlistDefaultsTest, WhatCannotBeReadIsEmptyAndWhatCannotBeWrittenHoldsForT
         defaults.setString("key", "value");
         defaults.synchronize();
         EXPECT_EQ(PlistDefaults(file, *writer).string("key"), "value");
+        std::string aside;
+        for (const auto& name : sandbox.names("config"))
+            if (name.find(".damaged") != std::string::npos && Sandbox::read(sandbox.at("config/" + name)) == contents)
+                aside = contents;
+        EXPECT_EQ(aside, contents) << "what was damaged is not lost";
     }
     sandbox.write("blocked", "a file where the folder should be");
     PlistDefaults defaults(sandbox.at("blocked/app.plist"), *writer);
     defaults.setString("key", "value");
     defaults.synchronize();
     EXPECT_EQ(defaults.string("key"), "value");
+}
+
+TEST_F(PlistDefaultsTest, TwoInstancesKeepOneAnothersChanges) {
+    PlistDefaults first(file, *writer), second(file, *writer);
+    first.setString("size", "1240 800");
+    first.setString("gone", "soon");
+    first.synchronize();
+    second.setString("tint", "#ff0000");
+    second.synchronize();
+    first.remove("gone");
+    first.synchronize();
+    const PlistDefaults now(file, *writer);
+    EXPECT_EQ(now.string("size"), "1240 800");
+    EXPECT_EQ(now.string("tint"), "#ff0000");
+    EXPECT_EQ(now.string("gone"), std::nullopt);
 }
 
 TEST(FolderBundle, ReadsItsPropertyList) {

@@ -1,8 +1,12 @@
 #include "platform/gtk/desktop/DesktopEntry.h"
 #include "platform/gtk/desktop/DesktopMenu.h"
 #include "platform/gtk/desktop/DesktopServices.h"
-#include "platform/gtk/view/Theme.h"
+#include "platform/gtk/panels/ColorWheel.h"
+#include "platform/gtk/view/StyleSheet.h"
+#include "platform/gtk/view/TextScale.h"
+#include "platform/gtk/window/BlurBehind.h"
 #include "platform/gtk/window/WindowPlacement.h"
+#include "platform/view/Theme.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -16,26 +20,26 @@ TEST(Theme, FollowsTheTint) {
     const struct {
         const char* name;
         view::Color tint;
-        Shade shade;
+        view::Shade shade;
     } rows[] = {
-        {"the first tint", {.red = 0x14 / 255.0, .green = 0x16 / 255.0, .blue = 0x14 / 255.0}, Shade::dark},
-        {"black", {}, Shade::dark},
-        {"paper", {.red = 0xf2 / 255.0, .green = 0xef / 255.0, .blue = 0xe8 / 255.0}, Shade::light},
-        {"grey just below the limit", {.red = 0.60, .green = 0.60, .blue = 0.60}, Shade::dark},
-        {"grey just above the limit", {.red = 0.61, .green = 0.61, .blue = 0.61}, Shade::light},
-        {"pure blue", {.blue = 1}, Shade::dark},
-        {"pure yellow", {.red = 1, .green = 1}, Shade::light},
+        {"the first tint", {.red = 0x14 / 255.0, .green = 0x16 / 255.0, .blue = 0x14 / 255.0}, view::Shade::dark},
+        {"black", {}, view::Shade::dark},
+        {"paper", {.red = 0xf2 / 255.0, .green = 0xef / 255.0, .blue = 0xe8 / 255.0}, view::Shade::light},
+        {"grey just below the limit", {.red = 0.60, .green = 0.60, .blue = 0.60}, view::Shade::dark},
+        {"grey just above the limit", {.red = 0.61, .green = 0.61, .blue = 0.61}, view::Shade::light},
+        {"pure blue", {.blue = 1}, view::Shade::dark},
+        {"pure yellow", {.red = 1, .green = 1}, view::Shade::light},
     };
     for (const auto& row : rows) {
-        const auto theme = Theme::fromTint(row.tint);
+        const auto theme = view::Theme::fromTint(row.tint);
         EXPECT_EQ(theme.shade, row.shade) << row.name;
         // WCAG's ratio for text, whatever the colour of the tint.
-        const double ink = luminance(theme.ink), glass = luminance(theme.glass);
+        const double ink = view::luminance(theme.ink), glass = view::luminance(theme.glass);
         EXPECT_GE((std::max(ink, glass) + 0.05) / (std::min(ink, glass) + 0.05), 7) << row.name;
     }
-    const auto grey = Theme::fromTint({.red = 0.2, .green = 0.2, .blue = 0.2}).accent;
+    const auto grey = view::Theme::fromTint({.red = 0.2, .green = 0.2, .blue = 0.2}).accent;
     EXPECT_GT(grey.green, grey.red); // celadon
-    const auto warm = Theme::fromTint({.red = 0.35, .green = 0.12, .blue = 0.08}).accent;
+    const auto warm = view::Theme::fromTint({.red = 0.35, .green = 0.12, .blue = 0.08}).accent;
     EXPECT_GT(warm.red, warm.green); // the tint's own hue
 }
 
@@ -60,6 +64,43 @@ TEST(DesktopMenu, PutsKeysOnTheDesktopsModifiers) {
     for (const auto& row : rows)
         EXPECT_STREQ(acceleratorFor({.title = "x", .key = row.key, .modifiers = row.modifiers}).c_str(),
                      row.accelerator);
+}
+
+TEST(DesktopMenu, NamesKeysAsTheDesktopDoes) {
+    EXPECT_EQ(withDesktopKeys("Open File or Folder (⌘O)"), "Open File or Folder (Ctrl+O)");
+    EXPECT_EQ(withDesktopKeys("Settings (⌘,)"), "Settings (Ctrl+,)");
+    EXPECT_EQ(withDesktopKeys("Redo (⇧⌘Z)"), "Redo (Shift+Ctrl+Z)");
+    EXPECT_EQ(withDesktopKeys("Alps"), "Alps");
+}
+
+TEST(ColorWheel, FindsHueAndSaturation) {
+    const struct {
+        double right, down, hue, saturation;
+    } rows[] = {{0, 0, 0, 0},
+                {100, 0, 0, 1},
+                {0, -50, 0.25, 0.5},
+                {-100, 0, 0.5, 1},
+                {0, 100, 0.75, 1},
+                {300, 0, 0, 1},
+                {70.710678, 70.710678, 0.875, 1}};
+    for (const auto& row : rows) {
+        const auto point = wheelPointAt(row.right, row.down, 100);
+        EXPECT_NEAR(point.hue, row.hue, 1e-6) << row.right << " " << row.down;
+        EXPECT_NEAR(point.saturation, row.saturation, 1e-6) << row.right << " " << row.down;
+    }
+}
+
+TEST(TextScale, LengthsBecomeOnesThatFollowTheText) {
+    EXPECT_EQ(scalingLengths("margin: -6px 0 12px .5px; x: 3pt; c: rgba(1,2,3,.5);"),
+              "margin: -4.500pt 0 9.000pt 0.375pt; x: 3pt; c: rgba(1,2,3,.5);");
+}
+
+TEST(BlurBehind, AWindowThatFillsItsPlaceShowsNothingBehind) {
+    EXPECT_FALSE(fillsItsPlace(GdkToplevelState{}));
+    EXPECT_FALSE(fillsItsPlace(GDK_TOPLEVEL_STATE_FOCUSED));
+    for (const auto state : {GDK_TOPLEVEL_STATE_MAXIMIZED, GDK_TOPLEVEL_STATE_FULLSCREEN, GDK_TOPLEVEL_STATE_TILED,
+                             GDK_TOPLEVEL_STATE_LEFT_TILED})
+        EXPECT_TRUE(fillsItsPlace(state));
 }
 
 TEST(SizeMemory, TakesOnlySizesThatAWindowCanHave) {

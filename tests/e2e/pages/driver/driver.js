@@ -1,12 +1,13 @@
-// Stands in for the page: runs the steps of an opened "*.steps.js" file and reports through the document's title.
+// Stands in for the page: runs the steps of an opened "*.steps.js" file and reports as its status.
 const messages = [];
 const waiting = [];
 const result = { run: Math.random().toString(36).slice(2), state: 'starting' };
 
 function publish(extra) {
     Object.assign(result, extra);
-    // ASCII only: the title reaches the test through a window property.
-    document.title = JSON.stringify(result).replace(/[^ -~]/g, (c) => '\\u' + c.charCodeAt(0).toString(16).padStart(4, '0'));
+    // ASCII only: the status reaches the test through a window property.
+    const detail = JSON.stringify(result).replace(/[^ -~]/g, (c) => '\\u' + c.charCodeAt(0).toString(16).padStart(4, '0'));
+    window.dispatchEvent(new CustomEvent('page-status', { detail }));
 }
 
 function settle() {

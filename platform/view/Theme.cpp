@@ -1,11 +1,10 @@
-#include "platform/gtk/view/Theme.h"
+#include "platform/view/Theme.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <numbers>
 
-namespace quillmere::platform::gtk {
+namespace quillmere::view {
 
 namespace {
 
@@ -14,12 +13,6 @@ constexpr double hueFrom = 0.02;   // chroma from which a tint counts as coloure
 constexpr double celadon = 168;    // the accent's hue otherwise, degrees
 constexpr double floatAlphaDark = 0.89, floatAlphaLight = 0.84;
 constexpr double sheetAlphaDark = 0.97, sheetAlphaLight = 0.97;
-
-struct Oklch {
-    double lightness = 0;
-    double chroma = 0;
-    double hue = 0; // degrees
-};
 
 double toLinear(double component) {
     return component <= 0.04045 ? component / 12.92 : std::pow((component + 0.055) / 1.055, 2.4);
@@ -30,7 +23,9 @@ double fromLinear(double component) {
     return std::clamp(encoded, 0.0, 1.0);
 }
 
-Oklch toOklch(const view::Color& color) {
+} // namespace
+
+Oklch toOklch(const Color& color) {
     const double red = toLinear(color.red), green = toLinear(color.green), blue = toLinear(color.blue);
     const double l = std::cbrt(0.4122214708 * red + 0.5363325363 * green + 0.0514459929 * blue);
     const double m = std::cbrt(0.2119034982 * red + 0.6806995451 * green + 0.1073969566 * blue);
@@ -42,7 +37,7 @@ Oklch toOklch(const view::Color& color) {
             .hue = std::atan2(b, a) * 180 / std::numbers::pi};
 }
 
-view::Color fromOklch(const Oklch& color, double alpha = 1) {
+Color fromOklch(const Oklch& color, double alpha) {
     const double angle = color.hue * std::numbers::pi / 180;
     const double a = color.chroma * std::cos(angle), b = color.chroma * std::sin(angle);
     const double l = std::pow(color.lightness + 0.3963377774 * a + 0.2158037573 * b, 3);
@@ -54,19 +49,11 @@ view::Color fromOklch(const Oklch& color, double alpha = 1) {
             .alpha = alpha};
 }
 
-std::string fixed(double value) {
-    char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 3).ptr;
-    return {digits, end};
-}
-
-} // namespace
-
-double luminance(const view::Color& color) {
+double luminance(const Color& color) {
     return 0.2126 * toLinear(color.red) + 0.7152 * toLinear(color.green) + 0.0722 * toLinear(color.blue);
 }
 
-Theme Theme::fromTint(const view::Color& tint) {
+Theme Theme::fromTint(const Color& tint) {
     const auto [lightness, chroma, hue] = toOklch(tint);
     const double accentHue = chroma > hueFrom ? hue : celadon;
     if (luminance(tint) < lightFrom) {
@@ -77,7 +64,8 @@ Theme Theme::fromTint(const view::Color& tint) {
                 .glass = fromOklch({base + 0.065, quiet, hue}, floatAlphaDark),
                 .sheet = fromOklch({base + 0.03, quiet, hue}, sheetAlphaDark),
                 .accent = fromOklch({0.80, 0.088, accentHue}),
-                .onAccent = fromOklch({0.20, 0.03, accentHue})};
+                .onAccent = fromOklch({0.20, 0.03, accentHue}),
+                .danger = fromOklch({0.76, 0.125, 25})};
     }
     const double base = std::clamp(lightness, 0.965, 0.988), quiet = std::min(chroma, 0.016);
     return {.shade = Shade::light,
@@ -86,13 +74,8 @@ Theme Theme::fromTint(const view::Color& tint) {
             .glass = fromOklch({std::clamp(base + 0.02, 0.98, 0.995), quiet * 0.6, hue}, floatAlphaLight),
             .sheet = fromOklch({base, quiet, hue}, sheetAlphaLight),
             .accent = fromOklch({0.455, 0.083, accentHue}),
-            .onAccent = fromOklch({0.985, 0.012, accentHue})};
+            .onAccent = fromOklch({0.985, 0.012, accentHue}),
+            .danger = fromOklch({0.485, 0.155, 27})};
 }
 
-std::string cssColor(const view::Color& color) {
-    const auto component = [](double value) { return std::to_string(std::lround(std::clamp(value, 0.0, 1.0) * 255)); };
-    return "rgba(" + component(color.red) + "," + component(color.green) + "," + component(color.blue) + "," +
-           fixed(std::clamp(color.alpha, 0.0, 1.0)) + ")";
-}
-
-} // namespace quillmere::platform::gtk
+} // namespace quillmere::view
