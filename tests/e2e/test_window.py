@@ -115,9 +115,8 @@ class Window(EndToEnd):
             area.textContent = 'wort '.repeat(200000);
             getSelection().selectAllChildren(area);
             await api.sleep(500);
-            document.execCommand('copy');
-            await api.sleep(500);
             return getSelection().toString().length""")
+        program.keys("ctrl+c")
         for selection in ("primary", "clipboard"):
             for target in ("UTF8_STRING", "STRING"):
                 text = program.tool("timeout", "30", "xclip", "-o", "-selection", selection, "-t", target)

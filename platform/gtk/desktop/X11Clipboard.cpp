@@ -10,7 +10,7 @@
 #include <gdk/x11/gdkx.h>
 #include <glib-unix.h>
 #include <optional>
-#include <vector>
+#include <utility>
 
 namespace quillmere::platform::gtk {
 
@@ -238,12 +238,38 @@ std::unique_ptr<X11Clipboard> X11Clipboard::open(GdkDisplay* display) {
     return std::unique_ptr<X11Clipboard>(new X11Clipboard(display, std::make_shared<Handover>(opened)));
 }
 
+// The toolkit's own handlers are older than any of ours. A hook comes before them, but cannot end the round; so it sets
+// them aside for an event that is ours.
 X11Clipboard::X11Clipboard(GdkDisplay* display, std::shared_ptr<Handover> handover)
-    : handover_(std::move(handover)),
-      requests_(connect(display, "xevent", [this](GdkX11Display* source, gpointer event) -> gboolean {
-          return handover_->takes(GDK_DISPLAY(source), *static_cast<const XEvent*>(event)) ? TRUE : FALSE;
-      })) {}
+    : display_(display), handover_(std::move(handover)),
+      requests_(
+          connect(display, "xevent", [this](GdkX11Display*, gpointer) -> gboolean { return taken_ ? TRUE : FALSE; })) {
+    for (GdkClipboard* const selection :
+         {gdk_display_get_clipboard(display), gdk_display_get_primary_clipboard(display)})
+        if (const gulong handler =
+                g_signal_handler_find(display, G_SIGNAL_MATCH_DATA, 0, 0, nullptr, nullptr, selection))
+            toolkitHandlers_.push_back(handler);
+    const auto hook = +[](GSignalInvocationHint*, guint, const GValue* values, gpointer self) -> gboolean {
+        guarded([&] {
+            auto& clipboard = *static_cast<X11Clipboard*>(self);
+            if (g_value_get_object(values) == clipboard.display_)
+                clipboard.look(*static_cast<const XEvent*>(g_value_get_pointer(values + 1)));
+        });
+        return TRUE;
+    };
+    hook_ = g_signal_add_emission_hook(g_signal_lookup("xevent", GDK_TYPE_X11_DISPLAY), 0, hook, this, nullptr);
+}
 
-X11Clipboard::~X11Clipboard() = default;
+X11Clipboard::~X11Clipboard() {
+    g_signal_remove_emission_hook(g_signal_lookup("xevent", GDK_TYPE_X11_DISPLAY), hook_);
+}
+
+void X11Clipboard::look(const ::_XEvent& event) {
+    const bool takes = handover_->takes(display_, event);
+    if (std::exchange(taken_, takes) == takes)
+        return;
+    for (const gulong handler : toolkitHandlers_)
+        takes ? g_signal_handler_block(display_, handler) : g_signal_handler_unblock(display_, handler);
+}
 
 } // namespace quillmere::platform::gtk

@@ -4,6 +4,11 @@
 
 #include <gtk/gtk.h>
 
+#include <memory>
+#include <vector>
+
+union _XEvent; // the event of the display's protocol; its header has macros for plain words
+
 namespace quillmere::platform::gtk {
 
 /// Hands what this program has put into the clipboard or selected over to the other programs of an X11 display, in
@@ -21,7 +26,13 @@ public:
 private:
     class Handover;
     X11Clipboard(GdkDisplay* display, std::shared_ptr<Handover> handover);
+    void look(const ::_XEvent& event);
+
+    GdkDisplay* display_;
     std::shared_ptr<Handover> handover_;
+    std::vector<gulong> toolkitHandlers_; // of the display's signal
+    gulong hook_ = 0;
+    bool taken_ = false; // the event that goes round is ours
     SignalConnection requests_;
 };
 

@@ -76,6 +76,9 @@ progressbar.quillmere-bar > trough > progress {
 popover.quillmere-popover { background: none; }
 popover.quillmere-popover > contents { background: none; border: none; box-shadow: none; padding: 0 0 28px 0; margin: 0; min-width: 0; }
 popover.quillmere-popover .quillmere-glass { background-color: @quillmere_sheet; margin: 4px 0 0 28px; }
+popover.quillmere-popover.solid > contents { padding: 0; border-radius: 0; background: @quillmere_sheet; box-shadow: inset 0 0 0 1px @quillmere_rim; }
+popover.quillmere-popover.solid .quillmere-glass { margin: 0; box-shadow: none; }
+popover.quillmere-popover separator.quillmere-separator { margin: 0; }
 .quillmere-label { color: @quillmere_ink; }
 .quillmere-second { color: @quillmere_ink_second; font-feature-settings: "tnum"; }
 separator.quillmere-separator { min-height: 1px; background: @quillmere_line; opacity: .6; }
@@ -93,7 +96,7 @@ button.quillmere-button.picture { min-height: 0; padding: 2px; border-radius: 9p
 button.quillmere-button.picture picture { border-radius: 7px; }
 scale.quillmere-slider { padding: 0; margin: 0; min-height: 20px; }
 scale.quillmere-slider > trough { min-height: 4px; border: none; border-radius: 2px; background: @quillmere_fill_pressed; box-shadow: none; outline: none; margin: 0 8px; }
-scale.quillmere-slider > trough > highlight { min-height: 4px; border: none; border-radius: 2px; background: @quillmere_accent; box-shadow: none; }
+scale.quillmere-slider > trough > highlight { min-height: 4px; margin: 0; border: none; border-radius: 2px; background: @quillmere_accent; box-shadow: none; }
 scale.quillmere-slider > trough > slider {
     min-width: 16px; min-height: 16px; margin: -6px -8px; border: none; border-radius: 8px; background: @quillmere_knob;
     box-shadow: 0 0 0 1px @quillmere_shadow_near, 0 1px 3px @quillmere_shadow_far;

@@ -61,7 +61,6 @@ GtkWidget* makeBox(GtkOrientation orientation, GtkAccessibleRole role) {
 
 GtkWidget* makeLabel(const view::Label& facts) {
     GtkWidget* label = gtk_label_new(facts.text.c_str());
-    gtk_label_set_wrap(GTK_LABEL(label), TRUE);
     gtk_label_set_xalign(GTK_LABEL(label), 0);
     gtk_widget_add_css_class(label, facts.color == view::TextColor::secondary ? "quillmere-second" : "quillmere-label");
     WidgetStyle(label).set("font-size: " + std::to_string(facts.fontSize) +

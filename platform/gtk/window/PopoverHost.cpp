@@ -2,6 +2,9 @@
 
 #include "platform/gtk/view/TextScale.h"
 
+#include <memory>
+#include <string_view>
+
 namespace quillmere::platform::gtk {
 
 namespace {
@@ -12,7 +15,7 @@ constexpr double gap = 4; // between the anchor and the surface
 
 PopoverHost::PopoverHost(GtkWindow* window, GtkOverlay* body) : window_(window), renderer_(*this) {
     closeOnPress(body);
-    closeOnEscape();
+    takeKeys(GTK_WIDGET(window));
 }
 
 PopoverHost::~PopoverHost() {
@@ -35,17 +38,35 @@ void PopoverHost::closeOnPress(GtkOverlay* body) {
     gtk_widget_add_controller(GTK_WIDGET(body), GTK_EVENT_CONTROLLER(press));
 }
 
-void PopoverHost::closeOnEscape() {
-    escape_ = gtk_event_controller_key_new();
-    gtk_event_controller_set_propagation_phase(escape_, GTK_PHASE_CAPTURE);
-    connectForLife(escape_, "key-pressed",
-                   [this](GtkEventControllerKey*, guint key, guint, GdkModifierType) -> gboolean {
-                       if (key != GDK_KEY_Escape || !isShown())
+// Keys go up no further than the popover while it has the focus, so both have to look out for them. The toolkit would
+// keep the application's keys from it, too.
+void PopoverHost::takeKeys(GtkWidget* widget) {
+    GtkEventController* keys = gtk_event_controller_key_new();
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    connectForLife(keys, "key-pressed",
+                   [this, widget](GtkEventControllerKey*, guint key, guint, GdkModifierType modifiers) -> gboolean {
+                       if (!isShown())
                            return FALSE;
+                       if (key != GDK_KEY_Escape)
+                           return widget == popover_.get() && performAccelerator(key, modifiers);
                        close();
                        return TRUE;
                    });
-    gtk_widget_add_controller(GTK_WIDGET(window_), escape_);
+    gtk_widget_add_controller(widget, keys);
+}
+
+bool PopoverHost::performAccelerator(guint key, GdkModifierType modifiers) const {
+    GtkApplication* application = gtk_window_get_application(window_);
+    const auto relevant = static_cast<GdkModifierType>(modifiers & gtk_accelerator_get_default_mod_mask());
+    const GlibText name(gtk_accelerator_name(key, relevant));
+    const std::unique_ptr<char*, decltype(&g_strfreev)> actions(
+        application ? gtk_application_get_actions_for_accel(application, name.get()) : nullptr, g_strfreev);
+    constexpr std::string_view scope = "app.";
+    const char* action = actions ? *actions : nullptr;
+    if (!action || !std::string_view(action).starts_with(scope))
+        return false;
+    g_action_group_activate_action(G_ACTION_GROUP(application), action + scope.size(), nullptr);
+    return true;
 }
 
 void PopoverHost::show(view::ViewRef content, GtkWidget* anchor) {
@@ -58,6 +79,9 @@ void PopoverHost::show(view::ViewRef content, GtkWidget* anchor) {
     GtkWidget* popover = popover_.get();
     auto* bubble = GTK_POPOVER(popover);
     gtk_widget_add_css_class(popover, "quillmere-popover");
+    // Without a compositor what is not painted is black.
+    if (!gdk_display_is_composited(gtk_widget_get_display(anchor)))
+        gtk_widget_add_css_class(popover, "solid");
     if (!label.empty())
         gtk_accessible_update_property(GTK_ACCESSIBLE(popover), GTK_ACCESSIBLE_PROPERTY_LABEL, label.c_str(), -1);
     gtk_popover_set_child(bubble, widget.get());
@@ -66,6 +90,7 @@ void PopoverHost::show(view::ViewRef content, GtkWidget* anchor) {
     gtk_popover_set_position(bubble, GTK_POS_BOTTOM);
     gtk_popover_set_offset(bubble, 0, scaled(gap));
     gtk_widget_set_halign(popover, GTK_ALIGN_END); // or it would hang out of the window
+    takeKeys(popover);
     gtk_widget_set_parent(popover, anchor);
     gtk_popover_popup(bubble);
     gtk_widget_child_focus(popover, GTK_DIR_TAB_FORWARD);

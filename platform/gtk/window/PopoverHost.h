@@ -25,14 +25,14 @@ private:
     bool showsDesktop() const override { return false; }
 
     void closeOnPress(GtkOverlay* body);
-    void closeOnEscape();
+    void takeKeys(GtkWidget* widget);
+    bool performAccelerator(guint key, GdkModifierType modifiers) const;
     void remove();
 
     GtkWindow* window_;
     ViewRenderer renderer_;
     GObjectRef<GtkWidget> popover_; // none while none is shown
     GObjectWeak<GtkWidget> focusBefore_;
-    GtkEventController* escape_ = nullptr; // owned by the window
     GtkWidget* anchor_ = nullptr;
     LoopTimer removing_;
 };
