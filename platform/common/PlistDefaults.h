@@ -10,8 +10,8 @@ namespace quillmere::platform {
 
 /// The user's defaults in one property list, which is read once. An unreadable file counts as empty, and is kept aside
 /// when it is written anew; keys of others are kept, and so is what another instance of the program has changed
-/// meanwhile. Changes are written on the given queue, atomically and durably, the newest state each time: flushing to the
-/// disk would make a slider stutter on the main thread. The destructor writes what is still to be written.
+/// meanwhile. Changes are written on the given queue, atomically and durably, the newest state each time: flushing to
+/// the disk would make a slider stutter on the main thread. The destructor writes what is still to be written.
 class PlistDefaults final : public UserDefaults {
 public:
     /// `writer` is used while this object lives, and must end its tasks or drop them.
