@@ -4,6 +4,18 @@
 
 namespace quillmere {
 
+CommandLineRequest commandLineRequest(const std::vector<std::string>& arguments) {
+    if (std::ranges::find(arguments, "--self-test") != arguments.end())
+        return CommandLineRequest::selfTest;
+    for (size_t index = 1; index < arguments.size() && arguments[index] != "--"; ++index) {
+        if (arguments[index] == "--help" || arguments[index] == "-h")
+            return CommandLineRequest::help;
+        if (arguments[index] == "--version")
+            return CommandLineRequest::version;
+    }
+    return CommandLineRequest::run;
+}
+
 std::optional<FileUrl> namedFile(const std::vector<std::string>& arguments) {
     if (arguments.empty())
         return std::nullopt;
@@ -15,6 +27,8 @@ std::optional<FileUrl> namedFile(const std::vector<std::string>& arguments) {
     }
     if (named == end)
         return std::nullopt;
+    if (const auto address = FileUrl::fromUri(*named))
+        return address->resolvingDots();
     return FileUrl(named->empty() ? "." : *named).resolvingDots();
 }
 

@@ -2,7 +2,7 @@
 _quillmere() {
     local word=${COMP_WORDS[COMP_CWORD]}
     if [[ $word == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '--self-test' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W '--help --self-test --version' -- "$word")
     else
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$word")

@@ -1,3 +1,4 @@
+#include "base/CommandLine.h"
 #include "base/Errors.h"
 #include "containers/ConfinedArchiveReader.h"
 #include "platform/common/EndOfProgram.h"
@@ -9,7 +10,6 @@
 #include "shell/QuillmereDelegate.h"
 #include "shell/SelfTest.h"
 
-#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -32,6 +32,23 @@ int selfTest() {
     std::fputs(report.output.c_str(), stdout);
     std::fputs(report.error.c_str(), stderr);
     return report.status;
+}
+
+constexpr const char* helpText =
+    "Usage: Quillmere [FILE]\n"
+    "Opens a file, a folder or an archive, in the window that is open already if there is one.\n"
+    "FILE is a path or a file:// address.\n\n"
+    "  --help       show this and end\n"
+    "  --version    show the version and end\n"
+    "  --self-test  check this copy of the program and end\n";
+
+int say(const std::string& text) {
+    return std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? EXIT_FAILURE : EXIT_SUCCESS;
+}
+
+std::string versionOf(const platform::Bundle& bundle) {
+    const auto list = bundle.propertyList();
+    return list ? stringField(*list, "CFBundleShortVersionString").value_or("unknown") : "unknown";
 }
 
 QuillmereDelegate::Parts partsOf(const platform::Platform& system, const platform::Confinement& confinement) {
@@ -77,9 +94,16 @@ int main(int argc, char** argv) {
         std::setlocale(LC_CTYPE, "C.UTF-8");
     std::vector<std::string> arguments(argv, argv + argc);
     try {
-        const bool checksItself = std::ranges::find(arguments, "--self-test") != arguments.end();
-        if (checksItself)
+        switch (commandLineRequest(arguments)) {
+        case CommandLineRequest::selfTest:
             return selfTest();
+        case CommandLineRequest::help:
+            return say(helpText);
+        case CommandLineRequest::version:
+            return say("Quillmere " + versionOf(platform::FolderBundle::ofRunningProgram()) + "\n");
+        case CommandLineRequest::run:
+            break;
+        }
         runApplication(std::move(arguments));
     } catch (const std::exception& error) {
         reportStart(error);

@@ -32,6 +32,10 @@ TEST(CommandLine, NamesAFileAsTheKernelMeansIt) {
         {{"/../.."}, "/"},
         {{""}, current},
         {{"./b#1%.txt", "c"}, current + "/b#1%.txt"},
+        {{"file://" + here + "/a%20b%25.txt"}, here + "/a b%.txt"},
+        {{"FILE://localhost" + here + "/link/../note.txt"}, here + "/far/note.txt"},
+        {{"--", "file://" + here + "/note.txt"}, here + "/note.txt"},
+        {{"file:note.txt"}, current + "/file:note.txt"},
         {{"-x", "--long", "http:x"}, current + "/http:x"},
         {{"--", "-dash.txt"}, current + "/-dash.txt"},
         {{"--", "-dash.txt", "plain.txt"}, current + "/plain.txt"},
@@ -52,6 +56,30 @@ TEST(CommandLine, NamesAFileAsTheKernelMeansIt) {
         }
     }
     EXPECT_FALSE(namedFile({}));
+}
+
+TEST(CommandLine, AsksForOneThing) {
+    using enum CommandLineRequest;
+    const struct {
+        std::vector<std::string> arguments;
+        CommandLineRequest request;
+    } rows[] = {
+        {{}, run},
+        {{"a.txt"}, run},
+        {{"--help"}, help},
+        {{"a.txt", "-h", "--version"}, help},
+        {{"-x", "--version"}, version},
+        {{"--", "--help"}, run},
+        {{"--help=1", "--self-test=1", "-self-test"}, run},
+        {{"--help", "a.txt", "--self-test"}, selfTest},
+        {{"--", "--self-test"}, selfTest},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.begin(), "program");
+        EXPECT_EQ(commandLineRequest(arguments), row.request) << ::testing::PrintToString(row.arguments);
+    }
+    EXPECT_EQ(commandLineRequest({}), run);
 }
 
 } // namespace
