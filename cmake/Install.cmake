@@ -22,9 +22,9 @@ set(entry ${made}/share/applications/app.quillmere.viewer.desktop)
 add_custom_command(OUTPUT ${entry}
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${made}/share
     COMMAND ${CMAKE_COMMAND} -E make_directory ${made}/share/applications
-    COMMAND desktop-files ${QUILLMERE_BUNDLE} ${made}/share
-    COMMAND sed -i "s|^Exec=.*|Exec=quillmere %f|" ${entry}
-    COMMAND ${CMAKE_COMMAND} -E rm -f ${made}/share/applications/mimeinfo.cache
+    COMMAND desktop-files add ${QUILLMERE_BUNDLE} ${made}/share
+    COMMAND sed -i -e "s|^Exec=.*|Exec=quillmere %f|" -e "s|^TryExec=.*|TryExec=quillmere|" ${entry}
+    COMMAND ${CMAKE_COMMAND} -E rm -f ${made}/share/applications/mimeinfo.cache ${made}/share/applications/mimeapps.list
     DEPENDS desktop-files resources VERBATIM)
 find_program(QUILLMERE_GZIP gzip REQUIRED)
 function(quillmere_zipped from to) # without a name and a date, so that two builds make the same bytes

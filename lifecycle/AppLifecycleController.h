@@ -1,7 +1,12 @@
 #pragma once
 
+#include "lifecycle/DefaultViewer.h"
+#include "lifecycle/LifecycleSheet.h"
+#include "platform/Application.h"
 #include "platform/Dialogs.h"
+#include "platform/Executors.h"
 #include "platform/Services.h"
+#include "platform/Toolkit.h"
 
 #include <cstdint>
 #include <memory>
@@ -18,11 +23,20 @@ struct FileAttributes {
     std::optional<std::string> creationDate{};
 };
 
-/// The installation: whether this copy is the installed one, and what it may offer the user then. Main thread only.
-class AppLifecycleController {
+/// The installation: whether this copy is the installed one, and what it then offers the user: to become the default
+/// viewer of a type, and to remove itself. Owned by a shared pointer, since sheets and work under way hold it weakly.
+/// Main thread only.
+class AppLifecycleController : public std::enable_shared_from_this<AppLifecycleController> {
 public:
+    /// What it works with; the references outlive it.
     struct Host {
+        platform::Application& application;
+        platform::Executors& executors;
+        platform::Toolkit& toolkit;
         platform::Dialogs& dialogs;
+        platform::UserDefaults& defaults;
+        platform::Workspace& workspace;
+        platform::ContentTypes& contentTypes;
         platform::Bundle& bundle;
         FileUrl home;
     };
@@ -41,17 +55,30 @@ public:
     /// Whether an uninstall is under way.
     bool removing() const noexcept { return removing_; }
 
-    /// Called when the page is ready and each time the window comes to the front.
+    /// Invites the user, once per installation. Called when the page is ready and each time the window becomes key.
     void showFirstRunIfNeeded();
-    /// Tells the user of a copy that is not installed why it cannot become a default viewer.
+    /// Has the user choose an example of the type that this copy is to open.
     void chooseDefaultType();
-    /// Tells the user of a copy that is not installed why it cannot remove itself.
     void confirmUninstall();
 
+    enum class Dismissal { byAction, byCloseButton };
+    /// Shows the sheet unless one is attached already, which then loses nothing: the request is dropped.
+    void present(LifecycleSheet sheet, Dismissal dismissal);
+    /// Takes the sheet away; what is to follow runs on a later turn of the main loop.
+    void dismiss(std::function<void()> completion);
+
 private:
-    void notify(std::string title, std::string text);
+    void setDefault(const FileUrl& example);
+    void askForDefault(const std::string& extension, const std::string& type);
+    void removeInstalledApp();
+    void finishRemoval(const FileUrl& target, const platform::Recycled& recycled);
+    bool isVerified(const FileUrl& bundle) const;
+    /// Answers a request of the user at once, or not at all while a sheet waits for an answer.
+    void explain(const LifecycleNotice& notice);
+    void notify(const LifecycleNotice& notice);
 
     std::weak_ptr<platform::Window> owner_;
+    view::ViewRef sheet_; // while it is shown
     bool removing_ = false;
     Host host_;
 };

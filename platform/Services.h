@@ -4,7 +4,9 @@
 #include "base/Json.h"
 
 #include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace quillmere::platform {
 
@@ -27,12 +29,27 @@ public:
     virtual bool setString(const std::string& text) = 0;
 };
 
-/// Services of the desktop.
+/// What became of files that were to go to the Trash.
+struct Recycled {
+    std::set<FileUrl> moved{};          // those that lie in the Trash now
+    std::optional<std::string> error{}; // for the user to read
+};
+
+/// Services of the desktop. Any thread, and they may block, unless they say otherwise.
 class Workspace {
 public:
     virtual ~Workspace() = default;
-    /// Makes the bundle's document types known; 0, or the status of the failure. Any thread; may block.
+    /// Makes the bundle's document types known; 0, or the status of the failure.
     virtual int registerApplication(const FileUrl& bundle) = 0;
+    /// Asks the desktop to open the MIME type by this bundle from now on; what it has to say against it, for the user
+    /// to read.
+    virtual std::optional<std::string> setDefaultApplication(const FileUrl& bundle, const std::string& type) = 0;
+    /// The application that opens the type: a bundle, or the program of another application.
+    virtual std::optional<FileUrl> applicationFor(const std::string& type) = 0;
+    /// Moves the files to the Trash.
+    virtual Recycled recycle(const std::vector<FileUrl>& files) = 0;
+    /// Shows the file in the file manager. Main thread; does not block.
+    virtual void reveal(const FileUrl& file) = 0;
 };
 
 /// The desktop's registry of file types. Any thread.

@@ -55,7 +55,13 @@ void QuillmereDelegate::applicationDidFinishLaunching() {
     buildWindow();
     mainWindow_->showStartupLoading();
     lifecycle_ = std::make_shared<AppLifecycleController>(
-        mainWindow_->weakWindow(), AppLifecycleController::Host{.dialogs = platform_.dialogs,
+        mainWindow_->weakWindow(), AppLifecycleController::Host{.application = platform_.application,
+                                                                .executors = platform_.executors,
+                                                                .toolkit = platform_.toolkit,
+                                                                .dialogs = platform_.dialogs,
+                                                                .defaults = platform_.defaults,
+                                                                .workspace = platform_.workspace,
+                                                                .contentTypes = platform_.contentTypes,
                                                                 .bundle = platform_.bundle,
                                                                 .home = platform_.directories.home});
     appearance_->applyAppearance();

@@ -10,6 +10,7 @@
 #include "platform/gtk/DesktopToolkit.h"
 #include "platform/gtk/desktop/DesktopApplication.h"
 #include "platform/gtk/desktop/DesktopServices.h"
+#include "platform/gtk/desktop/DesktopWorkspace.h"
 #include "platform/gtk/glib/MainLoopExecutor.h"
 #include "platform/gtk/panels/DesktopDialogs.h"
 #include "platform/gtk/web/SandboxTrial.h"

@@ -2,6 +2,7 @@
 
 #include "platform/headless/HeadlessExecutors.h"
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -13,8 +14,25 @@ void HeadlessDialogs::openPanel(Window&, const OpenPanelSpec& spec,
     openPanels_.push_back(std::move(completion));
 }
 
-void HeadlessDialogs::alert(Window&, const AlertSpec& spec, std::function<void(size_t)>) {
+void HeadlessDialogs::alert(Window&, const AlertSpec& spec, std::function<void(size_t)> completion) {
     alerts.push_back(spec);
+    openAlerts_.push_back(std::move(completion));
+}
+
+bool HeadlessDialogs::hasSheet(const Window&) const {
+    return sheet || !openAlerts_.empty() || !openPanels_.empty();
+}
+
+void HeadlessDialogs::beginSheet(Window&, SheetSpec spec) {
+    sheet = std::move(spec);
+}
+
+bool HeadlessDialogs::answerAlert(size_t button) {
+    if (openAlerts_.empty())
+        return false;
+    main_.post([completion = std::move(openAlerts_.front()), button] { completion(button); });
+    openAlerts_.pop_front();
+    return true;
 }
 
 void HeadlessDialogs::colorPanel(Window&, ColorPanelSpec spec) {
@@ -51,6 +69,29 @@ int HeadlessWorkspace::registerApplication(const FileUrl& bundle) {
     const std::lock_guard guard(lock_);
     registered_.push_back(bundle);
     return registrationStatus;
+}
+
+std::optional<std::string> HeadlessWorkspace::setDefaultApplication(const FileUrl& bundle, const std::string& type) {
+    if (!keepsDefaults)
+        defaults.insert_or_assign(type, bundle);
+    return error;
+}
+
+std::optional<FileUrl> HeadlessWorkspace::applicationFor(const std::string& type) {
+    const auto found = defaults.find(type);
+    return found == defaults.end() ? std::nullopt : std::optional(found->second);
+}
+
+Recycled HeadlessWorkspace::recycle(const std::vector<FileUrl>& files) {
+    Recycled recycled{.error = error};
+    if (error || keepsFiles || !trash)
+        return recycled;
+    for (const auto& file : files) {
+        const FileUrl place = trash->appending(file.lastPathComponent());
+        std::filesystem::rename(file.filesystemPath(), place.filesystemPath());
+        recycled.moved.insert(file);
+    }
+    return recycled;
 }
 
 std::vector<FileUrl> HeadlessWorkspace::registered() const {

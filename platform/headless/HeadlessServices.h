@@ -13,7 +13,7 @@ namespace quillmere::platform {
 
 class HeadlessMain;
 
-/// Panels that wait for an answer, which is delivered on a later turn of the main loop, and alerts that get none.
+/// Panels and alerts wait for an answer, which is delivered on a later turn of the main loop.
 class HeadlessDialogs : public Dialogs {
 public:
     explicit HeadlessDialogs(HeadlessMain& main) : main_(main) {}
@@ -22,16 +22,23 @@ public:
                    std::function<void(std::optional<FileUrl>)> completion) override;
     void alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) override;
     void colorPanel(Window& window, ColorPanelSpec spec) override;
+    bool hasSheet(const Window& window) const override;
+    void beginSheet(Window& window, SheetSpec spec) override;
+    void endSheet(Window&) override { sheet.reset(); }
 
     /// Answers the panel that was opened first and is still open; false when none is.
     bool answerPanel(std::optional<FileUrl> file);
+    /// Presses a button of the alert that was shown first and is still there; false when none is.
+    bool answerAlert(size_t button = 0);
 
     std::vector<OpenPanelSpec> panels;
     std::vector<AlertSpec> alerts;
     std::optional<ColorPanelSpec> colors;
+    std::optional<SheetSpec> sheet; // while it is shown
 
 private:
     HeadlessMain& main_;
+    std::deque<std::function<void(size_t)>> openAlerts_;
     std::deque<std::function<void(std::optional<FileUrl>)>> openPanels_;
 };
 
@@ -58,12 +65,24 @@ public:
     std::optional<std::string> text;
 };
 
+/// A desktop that keeps what it is told. The public fields are set while no work runs.
 class HeadlessWorkspace : public Workspace {
 public:
     int registerApplication(const FileUrl& bundle) override;
+    std::optional<std::string> setDefaultApplication(const FileUrl& bundle, const std::string& type) override;
+    std::optional<FileUrl> applicationFor(const std::string& type) override;
+    /// Moves them into the folder `trash`.
+    Recycled recycle(const std::vector<FileUrl>& files) override;
+    void reveal(const FileUrl& file) override { revealed.push_back(file); }
 
     std::vector<FileUrl> registered() const;
     std::atomic<int> registrationStatus = 0;
+    std::optional<FileUrl> trash;
+    bool keepsDefaults = false;       // the user declines
+    bool keepsFiles = false;          // nothing goes to the Trash, and nobody says why
+    std::optional<std::string> error; // of every change
+    std::map<std::string, FileUrl> defaults;
+    std::vector<FileUrl> revealed;
 
 private:
     mutable std::mutex lock_;

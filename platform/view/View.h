@@ -24,8 +24,10 @@ enum class Axis { horizontal, vertical };
 enum class Alignment { center, leading };
 enum class Weight { regular, medium, semibold };
 enum class TextColor { label, secondary };
-enum class ButtonStyle { borderless, rounded };
+enum class ButtonStyle { borderless, rounded, inlineBezel };
 enum class ButtonTint { plain, destructive };
+/// The key that presses a button of a sheet.
+enum class ButtonKey { none, enter, escape };
 
 /// Children over one another, the first at the bottom, each by its placement.
 struct Overlay {};
@@ -55,6 +57,12 @@ struct Label {
     double fontSize = 13;
     Weight weight = Weight::regular;
     TextColor color = TextColor::label;
+    Alignment alignment = Alignment::leading; // of its lines
+};
+/// A symbol by name, as large as the view.
+struct Symbol {
+    std::string name;
+    TextColor color = TextColor::label;
 };
 /// A thin line across a column.
 struct Separator {};
@@ -68,6 +76,7 @@ struct Button {
     std::string imageFile{};   // path of the picture, scaled to the button's size; none when it cannot be read
     ButtonStyle style = ButtonStyle::borderless;
     ButtonTint tint = ButtonTint::plain;
+    ButtonKey key = ButtonKey::none;
 };
 struct Switch {
     bool on = false;
@@ -87,8 +96,8 @@ struct Native {
     std::shared_ptr<NativeView> handle;
 };
 
-using Kind = std::variant<Overlay, Stack, Spacer, Scroll, Glass, Material, Tint, Label, Separator, Button, Switch,
-                          Slider, Spinner, ProgressBar, Native>;
+using Kind = std::variant<Overlay, Stack, Spacer, Scroll, Glass, Material, Tint, Label, Symbol, Separator, Button,
+                          Switch, Slider, Spinner, ProgressBar, Native>;
 
 /// Told of the few things that change after mounting. Main thread.
 class ViewObserver {

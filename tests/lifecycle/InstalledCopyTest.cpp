@@ -1,8 +1,6 @@
 #include "lifecycle/InstalledCopy.h"
-#include "lifecycle/AppLifecycleController.h"
 #include "lifecycle/ApplicationRegistration.h"
-#include "platform/headless/HeadlessPlatform.h"
-#include "tests/support/Sandbox.h"
+#include "tests/lifecycle/LifecycleFixture.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -92,20 +90,16 @@ TEST_F(InstalledCopyTest, AFailedRegistrationIsOneLineInTheLog) {
     EXPECT_THAT(log_, ElementsAre("Quillmere could not refresh document registration (-10811)"));
 }
 
-TEST_F(InstalledCopyTest, TheIdentityChangesWithTheCopy) {
-    desktop_.bundle.folder = install();
-    const AppLifecycleController lifecycle(
-        {}, {.dialogs = desktop_.dialogs, .bundle = desktop_.bundle, .home = desktop_.directories.home});
-    EXPECT_TRUE(lifecycle.installed());
-    const std::string first = lifecycle.installIdentity();
-    EXPECT_EQ(lifecycle.installIdentity(), first);
+TEST_F(LifecycleTest, TheIdentityChangesWithTheCopy) {
+    EXPECT_TRUE(lifecycle().installed());
+    const std::string first = lifecycle().installIdentity();
+    EXPECT_EQ(lifecycle().installIdentity(), first);
 
-    const auto aside = at("aside");
-    fs::rename(desktop_.bundle.folder.filesystemPath(), aside.filesystemPath());
+    fs::rename(desktop_.bundle.folder.filesystemPath(), at("aside").filesystemPath());
     install();
-    EXPECT_NE(lifecycle.installIdentity(), first);
+    EXPECT_NE(lifecycle().installIdentity(), first);
     fs::remove_all(desktop_.bundle.folder.filesystemPath());
-    EXPECT_EQ(lifecycle.installIdentity(), desktop_.bundle.folder.path() + "|||");
+    EXPECT_EQ(lifecycle().installIdentity(), desktop_.bundle.folder.path() + "|||");
     EXPECT_EQ(AppLifecycleController::installationIdentity(
                   FileUrl("/a/x/../b.app"), {.fileSystemNumber = 1, .fileNumber = 10, .creationDate = "5.0"}),
               "/a/b.app|1|10|5.0");

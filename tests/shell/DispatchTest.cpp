@@ -70,6 +70,8 @@ TEST_F(DispatchTest, Samples) {
 
 TEST_F(DispatchTest, ACopyThatIsNotInstalledSaysSo) {
     post({{"type", "default-apps"}});
+    ASSERT_TRUE(desktop_.dialogs.answerAlert());
+    settle();
     post({{"type", "uninstall"}});
     ASSERT_EQ(desktop_.dialogs.alerts.size(), 2U);
     EXPECT_EQ(desktop_.dialogs.alerts[0].message, "Install Quillmere first");

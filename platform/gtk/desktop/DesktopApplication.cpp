@@ -1,11 +1,13 @@
 #include "platform/gtk/desktop/DesktopApplication.h"
 
 #include "base/CommandLine.h"
+#include "platform/gtk/desktop/RecentFiles.h"
 #include "platform/gtk/window/DesktopWindow.h"
 
 #include <csignal>
 #include <cstdlib>
 #include <glib-unix.h>
+#include <webkit/webkit.h>
 
 namespace quillmere::platform::gtk {
 
@@ -92,6 +94,8 @@ void DesktopApplication::activate() {
 
 void DesktopApplication::setWindow(DesktopWindow* window) {
     window_ = window;
+    if (window_)
+        preview_.watchKeys(window_->handle());
     showMenuInWindow();
 }
 
@@ -109,6 +113,7 @@ void DesktopApplication::launchOrReopen() {
     if (!std::exchange(launched_, true)) {
         try {
             client_->applicationDidFinishLaunching();
+            servePreviews();
         } catch (...) {
             // Without a window it would keep the name, and swallow every later start.
             launchFailure_ = std::current_exception();
@@ -116,6 +121,7 @@ void DesktopApplication::launchOrReopen() {
         }
         return;
     }
+    servePreviews(); // it may have been set up meanwhile
     client_->applicationShouldHandleReopen(window_ && gtk_widget_get_visible(GTK_WIDGET(window_->handle())));
 }
 
@@ -124,8 +130,32 @@ void DesktopApplication::openHandedOver(GFile** files, int count) {
     for (int index = 0; index < count; ++index)
         if (const char* path = g_file_peek_path(files[index]))
             urls.emplace_back(path);
+    preview_.endPreview();
     client_->applicationOpenFiles(urls);
     activate();
+}
+
+void DesktopApplication::servePreviews() {
+    if (answersPreviews(FileUrl("/proc/self/exe").resolvingSymlinks()))
+        preview_.serve(g_application_get_dbus_connection(G_APPLICATION(application_.get())));
+}
+
+void DesktopApplication::openPreview(const FileUrl& file) {
+    client_->applicationOpenFiles({file});
+    activate();
+}
+
+void DesktopApplication::closePreview() {
+    if (window_)
+        window_->performClose();
+}
+
+void DesktopApplication::fileShown(const FileUrl& file) {
+    const auto& preview = preview_.file();
+    if (preview && *preview != file)
+        preview_.endPreview();
+    if (!preview)
+        noteRecentFile(file, about_.name);
 }
 
 void DesktopApplication::setMainMenu(MenuSpec menu) {
@@ -180,8 +210,14 @@ void DesktopApplication::performOwn(MenuAction action) {
 }
 
 void DesktopApplication::showAbout() {
+    const std::string builtWith =
+        "GTK " + std::to_string(gtk_get_major_version()) + "." + std::to_string(gtk_get_minor_version()) + "." +
+        std::to_string(gtk_get_micro_version()) + "\nWebKitGTK " + std::to_string(webkit_get_major_version()) + "." +
+        std::to_string(webkit_get_minor_version()) + "." + std::to_string(webkit_get_micro_version());
     gtk_show_about_dialog(window_ ? window_->handle() : nullptr, "program-name", about_.name.c_str(), "version",
-                          about_.version.c_str(), "logo-icon-name", applicationId, nullptr);
+                          about_.version.c_str(), "logo-icon-name", applicationId, "comments",
+                          "Look at files, folders and archives", "license-type", GTK_LICENSE_MIT_X11,
+                          "system-information", builtWith.c_str(), nullptr);
 }
 
 } // namespace quillmere::platform::gtk

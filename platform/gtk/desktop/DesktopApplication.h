@@ -2,6 +2,7 @@
 
 #include "platform/Application.h"
 #include "platform/gtk/desktop/DesktopMenu.h"
+#include "platform/gtk/desktop/PreviewService.h"
 #include "platform/gtk/desktop/SingleInstance.h"
 #include "platform/gtk/glib/Signals.h"
 
@@ -11,7 +12,7 @@ class DesktopWindow;
 
 /// The process as a desktop application: event loop, files from second starts, menu, signals of the system.
 /// Main thread only.
-class DesktopApplication final : public Application {
+class DesktopApplication final : public Application, private PreviewService::Host {
 public:
     struct About {
         std::string name;
@@ -35,8 +36,14 @@ public:
     void setWindow(DesktopWindow* window);
     /// The user has closed the window.
     void windowClosed();
+    /// The window shows this file now.
+    void fileShown(const FileUrl& file);
 
 private:
+    void openPreview(const FileUrl& file) override;
+    void closePreview() override;
+
+    void servePreviews();
     void launchOrReopen();
     void openHandedOver(GFile** files, int count);
     void perform(const MenuItem& item);
@@ -56,6 +63,7 @@ private:
     std::vector<guint> systemSignals_;
     bool launched_ = false;
     std::exception_ptr launchFailure_;
+    PreviewService preview_{*this};
 };
 
 } // namespace quillmere::platform::gtk

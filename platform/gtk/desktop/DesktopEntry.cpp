@@ -2,7 +2,9 @@
 
 #include "base/Text.h"
 
+#include "platform/gtk/desktop/PreviewProtocol.h"
 #include "platform/gtk/desktop/SingleInstance.h"
+#include "platform/gtk/glib/GObjectRef.h"
 
 #include <algorithm>
 
@@ -10,10 +12,16 @@ namespace quillmere::platform::gtk {
 
 namespace {
 
-/// An argument of the "Exec" key: quoted as a shell argument, its percent signs doubled, then escaped as any string of
-/// the file, which doubles every backslash again.
+/// Plain programs of a desktop split the "Exec" key at its spaces and take quotes for part of the name, so only what
+/// must be quoted is.
+bool needsQuotes(const std::string& argument) {
+    return argument.find_first_of(" \t\n\"'\\><~|&;$*?#()`") != std::string::npos;
+}
+
+/// An argument of the "Exec" key: its percent signs doubled, quoted as a shell argument where it must be, then escaped
+/// as any string of the file, which doubles every backslash again.
 std::string execArgument(const std::string& argument) {
-    std::string text = "\"";
+    std::string text;
     for (const char character : argument) {
         if (character == '%')
             text += "%%";
@@ -24,16 +32,27 @@ std::string execArgument(const std::string& argument) {
         else
             text += character;
     }
-    return text + "\"";
+    return needsQuotes(argument) ? "\"" + text + "\"" : text;
+}
+
+/// A string of the file.
+std::string stringValue(const std::string& value) {
+    std::string text;
+    for (const char character : value)
+        text += character == '\\' ? R"(\\)" : std::string(1, character);
+    return text;
+}
+
+bool isNameable(const FileUrl& program) {
+    const auto isControl = [](char character) { return static_cast<unsigned char>(character) < 0x20; };
+    return isValidUtf8(program.path()) && std::ranges::none_of(program.path(), isControl);
 }
 
 } // namespace
 
 std::optional<std::string> desktopEntry(const FileUrl& program, const std::vector<std::string>& mimeTypes) {
-    const auto isControl = [](char character) { return static_cast<unsigned char>(character) < 0x20; };
     // The Desktop Entry format forbids "=" in a program's name.
-    if (!isValidUtf8(program.path()) || std::ranges::any_of(program.path(), isControl) ||
-        program.path().find('=') != std::string::npos)
+    if (!isNameable(program) || program.path().find('=') != std::string::npos)
         return std::nullopt;
     std::string text = "[Desktop Entry]\n"
                        "Type=Application\n"
@@ -46,6 +65,7 @@ std::optional<std::string> desktopEntry(const FileUrl& program, const std::vecto
                        "StartupNotify=true\n";
     text += std::string("StartupWMClass=") + applicationId + "\n";
     text += std::string("Icon=") + applicationId + "\n";
+    text += "TryExec=" + stringValue(program.path()) + "\n"; // an entry of a program that is gone is none
     text += "Exec=" + execArgument(program.path()) + " %f\n";
     if (!mimeTypes.empty()) {
         text += "MimeType=";
@@ -54,6 +74,14 @@ std::optional<std::string> desktopEntry(const FileUrl& program, const std::vecto
         text += "\n";
     }
     return text;
+}
+
+std::optional<std::string> previewServiceFile(const FileUrl& program) {
+    if (!isNameable(program))
+        return std::nullopt;
+    const GlibText quoted(g_shell_quote(program.path().c_str()));
+    return std::string("[D-BUS Service]\nName=") + previewProtocol::busName +
+           "\nExec=" + (needsQuotes(program.path()) ? quoted.get() : program.path()) + "\n";
 }
 
 } // namespace quillmere::platform::gtk

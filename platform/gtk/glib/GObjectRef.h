@@ -72,6 +72,15 @@ struct GlibVariantUnref {
     void operator()(GVariant* variant) const noexcept { g_variant_unref(variant); }
 };
 
+struct KeyFileFree {
+    void operator()(GKeyFile* file) const noexcept { g_key_file_free(file); }
+};
+struct TextListFree {
+    void operator()(char** list) const noexcept { g_strfreev(list); }
+};
+
+using KeyFile = std::unique_ptr<GKeyFile, KeyFileFree>;
+using TextList = std::unique_ptr<char*, TextListFree>;
 using GlibText = std::unique_ptr<char, GlibFree>;
 using GlibError = std::unique_ptr<GError, GlibErrorFree>;
 using GlibBytes = std::unique_ptr<GBytes, GlibBytesUnref>;

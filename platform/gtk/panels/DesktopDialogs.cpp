@@ -34,6 +34,18 @@ void DesktopDialogs::colorPanel(Window& window, ColorPanelSpec spec) {
         colorPanel_ = std::make_unique<ColorPanel>(static_cast<DesktopWindow&>(window).handle(), std::move(spec));
 }
 
+bool DesktopDialogs::hasSheet(const Window& window) const {
+    return filePanel_ || static_cast<const DesktopWindow&>(window).sheets().isBusy();
+}
+
+void DesktopDialogs::beginSheet(Window& window, SheetSpec spec) {
+    static_cast<DesktopWindow&>(window).sheets().beginPanel(spec);
+}
+
+void DesktopDialogs::endSheet(Window& window) {
+    static_cast<DesktopWindow&>(window).sheets().endPanel();
+}
+
 void DesktopDialogs::closeAll() {
     filePanel_.reset();
     colorPanel_.reset();

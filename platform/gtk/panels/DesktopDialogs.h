@@ -17,6 +17,9 @@ public:
                    std::function<void(std::optional<FileUrl>)> completion) override;
     void alert(Window& window, const AlertSpec& spec, std::function<void(size_t)> completion) override;
     void colorPanel(Window& window, ColorPanelSpec spec) override;
+    bool hasSheet(const Window& window) const override;
+    void beginSheet(Window& window, SheetSpec spec) override;
+    void endSheet(Window& window) override;
 
     /// Closes what is open, unanswered: before the windows below go.
     void closeAll();

@@ -4,7 +4,7 @@ namespace quillmere::platform::gtk {
 
 namespace {
 
-constexpr int panelWidth = 820, panelHeight = 540;
+constexpr int panelWidth = 820, panelHeight = 540, messageMargin = 10;
 
 void closeOnEscape(GtkWidget* window) {
     GtkEventController* shortcuts = gtk_shortcut_controller_new();
@@ -23,12 +23,28 @@ GtkFileFilter* imageFilter() {
     return filter;
 }
 
+/// The chooser below a text that says what is to be chosen.
+GtkWidget* explained(GtkWidget* chooser, const std::string& message) {
+    GtkWidget* label = gtk_label_new(message.c_str());
+    gtk_widget_add_css_class(label, "dim-label");
+    gtk_label_set_wrap(GTK_LABEL(label), TRUE);
+    gtk_label_set_justify(GTK_LABEL(label), GTK_JUSTIFY_CENTER);
+    for (const auto set : {gtk_widget_set_margin_top, gtk_widget_set_margin_bottom, gtk_widget_set_margin_start,
+                           gtk_widget_set_margin_end})
+        set(label, messageMargin);
+    GtkWidget* column = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+    gtk_box_append(GTK_BOX(column), label);
+    gtk_widget_set_vexpand(chooser, TRUE);
+    gtk_box_append(GTK_BOX(column), chooser);
+    return column;
+}
+
 } // namespace
 
 FilePanel::FilePanel(GtkWindow* parent, const OpenPanelSpec& spec, const FileUrl& folder, Completion completion)
-    : completion_(std::move(completion)) {
-    if (spec.files && spec.folders)
-        buildForFilesAndFolders(parent, spec);
+    : completion_(std::move(completion)), takesFolders_(spec.folders) {
+    if ((spec.files && spec.folders) || !spec.message.empty())
+        buildOwn(parent, spec);
     else
         buildNative(parent, spec);
     const auto start = GObjectRef<GFile>::adopt(g_file_new_for_path(folder.path().c_str()));
@@ -51,7 +67,7 @@ void FilePanel::present() {
         gtk_window_present(window_.get());
 }
 
-void FilePanel::buildForFilesAndFolders(GtkWindow* parent, const OpenPanelSpec& spec) {
+void FilePanel::buildOwn(GtkWindow* parent, const OpenPanelSpec& spec) {
     GtkWidget* window = gtk_window_new();
     window_ = GObjectRef<GtkWindow>::share(GTK_WINDOW(window));
     gtk_window_set_title(window_.get(), spec.title.c_str());
@@ -70,7 +86,7 @@ void FilePanel::buildForFilesAndFolders(GtkWindow* parent, const OpenPanelSpec& 
 
     GtkWidget* chooser = gtk_file_chooser_widget_new(GTK_FILE_CHOOSER_ACTION_OPEN);
     chooser_ = GTK_FILE_CHOOSER(chooser);
-    gtk_window_set_child(window_.get(), chooser);
+    gtk_window_set_child(window_.get(), spec.message.empty() ? chooser : explained(chooser, spec.message));
     gtk_window_set_default_widget(window_.get(), open); // what a double click on a file activates
     closeOnEscape(window);
 
@@ -100,6 +116,13 @@ void FilePanel::buildNative(GtkWindow* parent, const OpenPanelSpec& spec) {
 
 void FilePanel::accept() {
     auto file = GObjectRef<GFile>::adopt(gtk_file_chooser_get_file(chooser_));
+    if (file && !takesFolders_ &&
+        g_file_query_file_type(file.get(), G_FILE_QUERY_INFO_NONE, nullptr) == G_FILE_TYPE_DIRECTORY) {
+        gtk_file_chooser_set_current_folder(chooser_, file.get(), nullptr);
+        return;
+    }
+    if (!file && !takesFolders_)
+        return; // nothing is selected yet
     if (!file)
         file = GObjectRef<GFile>::adopt(gtk_file_chooser_get_current_folder(chooser_));
     finish(file.get());

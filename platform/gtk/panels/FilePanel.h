@@ -8,7 +8,8 @@
 namespace quillmere::platform::gtk {
 
 /// A dialog that lets the user choose one file or folder. The toolkit's own offers either files or folders; this one
-/// takes both, and a folder is chosen by "Open" and entered by a double click. Main thread only.
+/// takes both, and a folder is chosen by "Open" and entered by a double click. One with a message is our own too. Main
+/// thread only.
 class FilePanel {
 public:
     using Completion = std::function<void(std::optional<FileUrl>)>;
@@ -22,13 +23,14 @@ public:
     void present();
 
 private:
-    void buildForFilesAndFolders(GtkWindow* parent, const OpenPanelSpec& spec);
+    void buildOwn(GtkWindow* parent, const OpenPanelSpec& spec);
     void buildNative(GtkWindow* parent, const OpenPanelSpec& spec);
     void accept();
     void finish(GFile* file);
 
     Completion completion_;
-    GObjectRef<GtkWindow> window_;            // of the panel for both
+    bool takesFolders_;
+    GObjectRef<GtkWindow> window_;            // of a panel of our own
     GtkFileChooser* chooser_ = nullptr;       // in that window
     GObjectRef<GtkFileChooserNative> native_; // of the panel for one kind
     SignalConnections connections_;

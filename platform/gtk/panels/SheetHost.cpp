@@ -1,5 +1,8 @@
 #include "platform/gtk/panels/SheetHost.h"
 
+#include "platform/gtk/view/TextScale.h"
+#include "platform/gtk/view/ViewWidgets.h"
+
 namespace quillmere::platform::gtk {
 
 namespace {
@@ -28,6 +31,13 @@ void addShortcut(GtkEventController* shortcuts, guint key, GtkWidget* button) {
                          gtk_callback_action_new(press, g_object_ref(button), g_object_unref)));
 }
 
+GtkEventController* makeShortcuts() {
+    GtkEventController* shortcuts = gtk_shortcut_controller_new();
+    gtk_shortcut_controller_set_scope(GTK_SHORTCUT_CONTROLLER(shortcuts), GTK_SHORTCUT_SCOPE_GLOBAL);
+    gtk_event_controller_set_propagation_phase(shortcuts, GTK_PHASE_CAPTURE);
+    return shortcuts;
+}
+
 } // namespace
 
 void SheetHost::present(AlertSpec alert, Completion completion) {
@@ -39,8 +49,15 @@ void SheetHost::present(AlertSpec alert, Completion completion) {
 }
 
 void SheetHost::showNext() {
-    if (requests_.empty())
+    if (requests_.empty() || isShowing())
         return;
+    GtkWidget* card = makeCard();
+    GtkWidget* first = addButtons(card);
+    showCard(card);
+    gtk_widget_grab_focus(first);
+}
+
+void SheetHost::showCard(GtkWidget* card) {
     focusBefore_.set(gtk_window_get_focus(window_));
     setRestFocusable(false);
 
@@ -53,12 +70,57 @@ void SheetHost::showNext() {
         gtk_gesture_set_state(GTK_GESTURE(gesture), GTK_EVENT_SEQUENCE_CLAIMED);
     });
     gtk_widget_add_controller(scrim_, GTK_EVENT_CONTROLLER(click));
-
-    GtkWidget* card = makeCard();
+    gtk_widget_set_halign(card, GTK_ALIGN_CENTER);
+    gtk_widget_set_valign(card, GTK_ALIGN_CENTER);
     gtk_overlay_add_overlay(GTK_OVERLAY(scrim_), card);
-    GtkWidget* first = addButtons(card);
     gtk_overlay_add_overlay(body_, scrim_);
-    gtk_widget_grab_focus(first);
+}
+
+void SheetHost::removeCard() {
+    gtk_overlay_remove_overlay(body_, std::exchange(scrim_, nullptr));
+    setRestFocusable(true);
+    if (const auto focus = focusBefore_.lock())
+        gtk_widget_grab_focus(focus.get());
+}
+
+void SheetHost::beginPanel(const SheetSpec& panel) {
+    if (isBusy())
+        return;
+    GtkWidget* card = makeBox(GTK_ORIENTATION_HORIZONTAL, GTK_ACCESSIBLE_ROLE_DIALOG);
+    gtk_widget_add_css_class(card, "quillmere-panel");
+    gtk_widget_set_size_request(card, scaled(panel.contentSize.width), scaled(panel.contentSize.height));
+    gtk_accessible_update_property(GTK_ACCESSIBLE(card), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                   panel.content->accessibilityLabel.c_str(), GTK_ACCESSIBLE_PROPERTY_MODAL, TRUE, -1);
+    isPanel_ = true;
+    const auto content = renderer_.mount(panel.content);
+    gtk_widget_set_hexpand(content.get(), TRUE);
+    gtk_box_append(GTK_BOX(card), content.get());
+    addPanelKeys(card, panel.content);
+    showCard(card);
+    gtk_widget_child_focus(card, GTK_DIR_TAB_FORWARD);
+}
+
+void SheetHost::addPanelKeys(GtkWidget* card, const view::ViewRef& content) {
+    if (const auto* button = std::get_if<view::Button>(&content->kind()))
+        if (GtkWidget* widget = renderer_.widgetOf(*content); widget && button->key != view::ButtonKey::none) {
+            GtkEventController* shortcuts = makeShortcuts();
+            const bool isEscape = button->key == view::ButtonKey::escape;
+            addShortcut(shortcuts, isEscape ? GDK_KEY_Escape : GDK_KEY_Return, widget);
+            if (!isEscape)
+                addShortcut(shortcuts, GDK_KEY_KP_Enter, widget);
+            gtk_widget_add_controller(card, shortcuts);
+        }
+    for (const auto& child : content->children())
+        addPanelKeys(card, child);
+}
+
+void SheetHost::endPanel() {
+    if (!std::exchange(isPanel_, false))
+        return;
+    removeCard();
+    renderer_.unmount();
+    // An alert may have come meanwhile.
+    answering_.after(std::chrono::milliseconds{0}, [this] { showNext(); });
 }
 
 GtkWidget* SheetHost::makeCard() {
@@ -66,8 +128,6 @@ GtkWidget* SheetHost::makeCard() {
     GtkWidget* card = GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "orientation", GTK_ORIENTATION_VERTICAL, "spacing", 8,
                                               "accessible-role", GTK_ACCESSIBLE_ROLE_ALERT_DIALOG, nullptr));
     gtk_widget_add_css_class(card, "quillmere-card");
-    gtk_widget_set_halign(card, GTK_ALIGN_CENTER);
-    gtk_widget_set_valign(card, GTK_ALIGN_CENTER);
     gtk_widget_set_size_request(card, cardWidth, -1);
     gtk_accessible_update_property(GTK_ACCESSIBLE(card), GTK_ACCESSIBLE_PROPERTY_LABEL, alert.message.c_str(),
                                    GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, alert.informative.c_str(),
@@ -101,9 +161,7 @@ GtkWidget* SheetHost::addButtons(GtkWidget* card) {
 }
 
 void SheetHost::addKeys(GtkWidget* card, GtkWidget* first, GtkWidget* last) {
-    GtkEventController* shortcuts = gtk_shortcut_controller_new();
-    gtk_shortcut_controller_set_scope(GTK_SHORTCUT_CONTROLLER(shortcuts), GTK_SHORTCUT_SCOPE_GLOBAL);
-    gtk_event_controller_set_propagation_phase(shortcuts, GTK_PHASE_CAPTURE);
+    GtkEventController* shortcuts = makeShortcuts();
     addShortcut(shortcuts, GDK_KEY_Return, first);
     addShortcut(shortcuts, GDK_KEY_KP_Enter, first);
     addShortcut(shortcuts, GDK_KEY_Escape, last);
@@ -113,10 +171,7 @@ void SheetHost::addKeys(GtkWidget* card, GtkWidget* first, GtkWidget* last) {
 void SheetHost::choose(size_t button) {
     if (!scrim_)
         return;
-    gtk_overlay_remove_overlay(body_, std::exchange(scrim_, nullptr));
-    setRestFocusable(true);
-    if (const auto focus = focusBefore_.lock())
-        gtk_widget_grab_focus(focus.get());
+    removeCard();
     auto request = std::move(requests_.front());
     requests_.pop_front();
     // Not inside the button's own signal: the button goes with the card.

@@ -92,6 +92,19 @@ button.quillmere-button:hover { background: @quillmere_fill_hover; }
 button.quillmere-button:active { background: @quillmere_fill_pressed; }
 button.quillmere-button:focus-visible { outline: 2px solid @quillmere_accent; outline-offset: 1px; }
 button.quillmere-button.destructive { color: @quillmere_danger; }
+button.quillmere-button.suggested { background: @quillmere_accent; color: @quillmere_on_accent; box-shadow: none; }
+button.quillmere-button.suggested:hover { background: mix(@quillmere_accent, @quillmere_ink, .10); }
+button.quillmere-button.suggested:active { background: mix(@quillmere_accent, @quillmere_ink, .22); }
+button.quillmere-button.suggested.destructive { background: @quillmere_fill_rest; color: @quillmere_danger; }
+button.quillmere-inline {
+    min-width: 22px; min-height: 22px; padding: 0; margin: 0; border: none; border-radius: 11px; font-size: 14px;
+    background: @quillmere_fill_rest; box-shadow: none; text-shadow: none; color: @quillmere_ink_second;
+}
+button.quillmere-inline:hover { background: @quillmere_fill_hover; }
+button.quillmere-inline:active { background: @quillmere_fill_pressed; }
+button.quillmere-inline:focus-visible { outline: 2px solid @quillmere_accent; outline-offset: 1px; }
+.quillmere-panel .quillmere-glass { background-color: @quillmere_sheet; }
+.quillmere-panel button.quillmere-button { min-height: 32px; border-radius: 16px; font-size: 13px; font-weight: 500; }
 button.quillmere-button.picture { min-height: 0; padding: 2px; border-radius: 9px; }
 button.quillmere-button.picture picture { border-radius: 7px; }
 scale.quillmere-slider { padding: 0; margin: 0; min-height: 20px; }

@@ -86,7 +86,9 @@ bool takesInput(const view::View& view) {
 
 GtkAccessibleRole stackRole(const view::View& view) {
     const auto isButton = [](const auto& child) { return std::holds_alternative<view::Button>(child->kind()); };
-    const bool buttonsOnly = !view.children().empty() && std::ranges::all_of(view.children(), isButton);
+    const auto* stack = std::get_if<view::Stack>(&view.kind());
+    const bool buttonsOnly = stack && stack->axis == view::Axis::horizontal && !view.children().empty() &&
+                             std::ranges::all_of(view.children(), isButton);
     return buttonsOnly ? GTK_ACCESSIBLE_ROLE_TOOLBAR : GTK_ACCESSIBLE_ROLE_GROUP;
 }
 
@@ -206,6 +208,7 @@ GtkWidget* ViewRenderer::makeWidget(view::View& view, Node& node) {
                               return box;
                           },
                           [&](const view::Label& label) { return makeLabel(label); },
+                          [&](const view::Symbol& symbol) { return makeSymbol(symbol, view.size); },
                           [&](const view::Separator&) { return makeSeparator(); },
                           [&](const view::Button& button) { return makeButton(self, button); },
                           [&](const view::Switch& control) { return makeSwitch(self, control); },

@@ -48,6 +48,18 @@ GtkWidget* makeTitle(GtkWidget* button, const view::Button& facts) {
     return row;
 }
 
+const char* styleClass(view::ButtonStyle style) {
+    switch (style) {
+    case view::ButtonStyle::borderless:
+        return "quillmere-symbol";
+    case view::ButtonStyle::rounded:
+        return "quillmere-button";
+    case view::ButtonStyle::inlineBezel:
+        return "quillmere-inline";
+    }
+    return "";
+}
+
 } // namespace
 
 std::string symbolIconName(const std::string& symbol) {
@@ -61,11 +73,23 @@ GtkWidget* makeBox(GtkOrientation orientation, GtkAccessibleRole role) {
 
 GtkWidget* makeLabel(const view::Label& facts) {
     GtkWidget* label = gtk_label_new(facts.text.c_str());
-    gtk_label_set_xalign(GTK_LABEL(label), 0);
+    const bool isCentred = facts.alignment == view::Alignment::center;
+    gtk_label_set_xalign(GTK_LABEL(label), isCentred ? 0.5F : 0);
+    if (isCentred) { // a paragraph, as wide as its view and no wider
+        gtk_label_set_wrap(GTK_LABEL(label), TRUE);
+        gtk_label_set_justify(GTK_LABEL(label), GTK_JUSTIFY_CENTER);
+        gtk_label_set_max_width_chars(GTK_LABEL(label), 1);
+    }
     gtk_widget_add_css_class(label, facts.color == view::TextColor::secondary ? "quillmere-second" : "quillmere-label");
     WidgetStyle(label).set("font-size: " + std::to_string(facts.fontSize) +
                            "px; font-weight: " + std::to_string(cssWeight(facts.weight)) + ";");
     return label;
+}
+
+GtkWidget* makeSymbol(const view::Symbol& facts, const std::optional<view::Size>& size) {
+    GtkWidget* image = makeSymbol(facts.name, size ? size->width : symbolSize);
+    gtk_widget_add_css_class(image, facts.color == view::TextColor::secondary ? "quillmere-second" : "quillmere-label");
+    return image;
 }
 
 GtkWidget* makeSeparator() {
@@ -83,8 +107,9 @@ GtkWidget* makeScroll() {
 
 GtkWidget* makeButton(const view::ViewRef& view, const view::Button& facts) {
     GtkWidget* button = gtk_button_new();
-    const bool rounded = facts.style == view::ButtonStyle::rounded;
-    gtk_widget_add_css_class(button, rounded ? "quillmere-button" : "quillmere-symbol");
+    gtk_widget_add_css_class(button, styleClass(facts.style));
+    if (facts.key == view::ButtonKey::enter)
+        gtk_widget_add_css_class(button, "suggested");
     if (facts.tint == view::ButtonTint::destructive)
         gtk_widget_add_css_class(button, "destructive");
     if (!facts.imageFile.empty()) {

@@ -4,6 +4,7 @@
 
 #include <gtk/gtk.h>
 
+#include <optional>
 #include <string>
 
 namespace quillmere::platform::gtk {
@@ -16,6 +17,8 @@ GtkWidget* makeBox(GtkOrientation orientation, GtkAccessibleRole role);
 
 // Widgets for single kinds of views, by which the user's input reaches the view. Their looks are in the style sheet.
 GtkWidget* makeLabel(const view::Label& label);
+/// A symbol as high as its view.
+GtkWidget* makeSymbol(const view::Symbol& symbol, const std::optional<view::Size>& size);
 GtkWidget* makeSeparator();
 GtkWidget* makeScroll();
 GtkWidget* makeButton(const view::ViewRef& view, const view::Button& button);

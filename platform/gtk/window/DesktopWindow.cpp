@@ -122,8 +122,10 @@ void DesktopWindow::setTitle(std::string title) {
     gtk_window_set_title(window_.get(), title.c_str());
 }
 
-void DesktopWindow::setRepresentedFile(std::optional<FileUrl>) {
+void DesktopWindow::setRepresentedFile(std::optional<FileUrl> file) {
     // Desktops here have no place in a window's frame for the file that it shows.
+    if (file)
+        environment_.application.fileShown(*file);
 }
 
 void DesktopWindow::center() {

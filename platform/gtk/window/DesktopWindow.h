@@ -47,6 +47,7 @@ public:
 
     GtkWindow* handle() const { return window_.get(); }
     SheetHost& sheets() { return sheets_; }
+    const SheetHost& sheets() const { return sheets_; }
     /// Keeps a size that changed a moment ago.
     void saveSize() { size_.flush(); }
     void setMenu(GMenuModel* menu) { controls_.setMenu(menu); }

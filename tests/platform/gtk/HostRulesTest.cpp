@@ -112,12 +112,15 @@ TEST(SizeMemory, TakesOnlySizesThatAWindowCanHave) {
         EXPECT_EQ(parseSize(text, minimum), std::nullopt) << text;
 }
 
-TEST(DesktopEntry, QuotesTheProgram) {
+TEST(DesktopEntry, QuotesTheProgramWhereItMust) {
     const struct {
         const char* path;
         const char* line;
     } rows[] = {
-        {"/opt/Quillmere.app/Contents/MacOS/Quillmere", "Exec=\"/opt/Quillmere.app/Contents/MacOS/Quillmere\" %f\n"},
+        {"/opt/Quillmere.app/Contents/MacOS/Quillmere", "Exec=/opt/Quillmere.app/Contents/MacOS/Quillmere %f\n"},
+        {"/opt/Quillmere.app/Contents/MacOS/Quillmere", "TryExec=/opt/Quillmere.app/Contents/MacOS/Quillmere\n"},
+        {"/100%/ä/Quillmere", "Exec=/100%%/ä/Quillmere %f\n"},
+        {"/a\\b/Quillmere", "TryExec=/a\\\\b/Quillmere\n"},
         {"/home/a b/100%/Quillmere", "Exec=\"/home/a b/100%%/Quillmere\" %f\n"},
         {"/a\"b`c$d\\e", R"(Exec="/a\\"b\\`c\\$d\\\\e" %f)"},
     };
