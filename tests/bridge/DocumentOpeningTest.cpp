@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace quillmere {
 namespace {
@@ -119,22 +118,6 @@ TEST_F(DocumentOpeningTest, WhatTookTheNameOfACheckedFileIsNeverShown) {
         settle();
         EXPECT_EQ(refusal(), refused);
         EXPECT_TRUE(browsed.empty());
-    }
-}
-
-TEST_F(DocumentOpeningTest, ARefusedPermissionIsToldInTheSameWordsForEveryKind) {
-    channel_.setReady(true);
-    const bool isRoot = ::geteuid() == 0; // whom nothing is refused
-    fs::permissions(root().filesystemPath(), fs::perms::all);
-    for (const char* name : {"a.txt", "a.docx", "a.heic", "a.mpg", "a.mp4"}) {
-        const FileUrl file = write(name);
-        fs::permissions(file.filesystemPath(), fs::perms::none);
-        page_.scripts.clear();
-        ASSERT_TRUE(!isRoot || ::seteuid(65534) == 0);
-        opening_->open({.file = file});
-        settle();
-        ASSERT_TRUE(!isRoot || ::seteuid(0) == 0);
-        EXPECT_EQ(refusal(), "You do not have permission to open “" + std::string(name) + "”.");
     }
 }
 
