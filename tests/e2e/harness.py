@@ -187,6 +187,17 @@ class Program:
         shutil.rmtree(self.folder, ignore_errors=True)
 
 
+def open_files(pid):
+    """What the process's descriptors stand for."""
+    links = []
+    for number in os.listdir(f"/proc/{pid}/fd"):
+        try:
+            links.append(os.readlink(f"/proc/{pid}/fd/{number}"))
+        except OSError:  # closed meanwhile
+            pass
+    return links
+
+
 class EndToEnd(unittest.TestCase):
     """A test class with one display; every program that a test started is ended after it."""
 

@@ -1,11 +1,10 @@
 """Media elements play and seek through the private scheme, in the real program."""
 
-import os
 import unittest
 from pathlib import Path
 
 import fixtures
-from harness import EndToEnd
+from harness import EndToEnd, open_files
 
 STEPS = """
     const names = %s, out = {};
@@ -39,16 +38,6 @@ STEPS = """
     }
     return out;
 """
-
-
-def open_files(pid):
-    links = []
-    for number in os.listdir(f"/proc/{pid}/fd"):
-        try:
-            links.append(os.readlink(f"/proc/{pid}/fd/{number}"))
-        except OSError:  # closed meanwhile
-            pass
-    return links
 
 
 class Media(EndToEnd):

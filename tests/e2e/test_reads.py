@@ -2,9 +2,10 @@
 
 import os
 import signal
+import threading
 import unittest
 
-from harness import EndToEnd, until
+from harness import EndToEnd, open_files, until
 
 LARGE = 40 * 1024 * 1024
 
@@ -86,6 +87,98 @@ class Reads(EndToEnd):
         self.assertNotIn("odd", value["outcomes"], value)
         self.assertEqual((value["many"], value["parallel"], value["again"]), (50, 200, 100), value)
 
+    def test_one_grant_too_many_withdraws_the_others(self):
+        folder = self.files / "many"
+        folder.mkdir()
+        for i in range(64):  # with the steps one more than there is room for
+            (folder / f"{i:02}.txt").write_text(f"file {i}")
+        (folder / "test.steps.js").write_text(HEAD + """
+            const { entries, token } = api.messages.findLast((m) => m.container).container, urls = [], out = {}, buffer = new ArrayBuffer(64);
+            const both = async (url) => [await read(new URL(url, location).href, 0, 64, buffer), (await api.fetch(url)).status ?? 'failed'];
+            for (const entry of entries.filter((e) => e.name.endsWith('.txt'))) {
+                const from = api.messages.length;
+                api.post({ type: 'container-open', token, id: entry.id });
+                urls.push((await api.wait('open', from)).url);
+                if (urls.length === 63) out.before = await both(urls[0]);
+            }
+            return { ...out, first: await both(urls[0]), steps: await both(open.url), last: await both(urls[63]) };
+        """)
+        value = self.program(folder, page="driver").wait_result()["value"]
+        self.assertEqual(value, {"before": [6, 200], "first": [-1, "failed"], "steps": [-1, "failed"], "last": [7, 200]})
+
+    def test_a_file_that_shrinks_and_grows_meanwhile_is_never_made_up(self):
+        file = self.files / "test.bin"
+        file.write_bytes(bytes([7]) * (8 << 20))
+        stop = threading.Event()
+
+        def change(path):
+            with path.open("r+b") as kept:
+                while not stop.wait(0.01):
+                    kept.truncate(1 << 20)
+                    stop.wait(0.01)
+                    kept.seek(0)
+                    kept.write(bytes([7]) * (8 << 20))
+
+        (self.files / "test.steps.js").write_text(HEAD + """
+            const size = 4 << 20, out = { whole: 0, short: 0, empty: 0, refused: 0, wrong: [] }, end = Date.now() + 6000;
+            const buffer = new ArrayBuffer(size), bytes = new Uint8Array(buffer);
+            api.publish({ state: 'reading' });
+            while (Date.now() < end) {
+                bytes.fill(9);
+                const count = await read(page, 1 << 18, size, buffer);
+                out[count === size ? 'whole' : count > 0 ? 'short' : count === 0 ? 'empty' : 'refused']++;
+                const beyond = bytes.findIndex((b) => b !== 7);
+                if (count > 0 && (beyond === -1 ? size : beyond) !== count) out.wrong.push([count, beyond, bytes[beyond]]);
+            }
+            return out;
+        """)
+        program = self.program(self.files / "test.steps.js", page="driver", sparse={"large.bin": 0})
+        path = program.bundle / "Contents/Resources/app/large.bin"
+        path.write_bytes(file.read_bytes())
+        thread = threading.Thread(target=change, args=[path])
+        thread.start()
+        try:
+            value = program.wait_result()["value"]
+        finally:
+            stop.set()
+            thread.join()
+        self.assertEqual(value["wrong"], [])
+        self.assertGreater(value["whole"] and value["short"], 0, value)
+
+    def test_hundreds_of_reads_leave_nothing_behind(self):
+        file = self.files / "test.steps.js"
+        file.write_text(HEAD + """
+            const large = new ArrayBuffer(1 << 20), round = (n) => Promise.all(Array.from({ length: n }, (_, i) => read(page, i << 12, 1 << 16, large)));
+            await round(50);
+            api.publish({ state: 'warm' });
+            await api.sleep(4000);
+            for (let i = 0; i < 300; i++) await read(page, i << 12, 1 << 16, large);
+            for (let i = 0; i < 6; i++) { await round(100); for (let k = 0; k < 20; k++) fetch('large.bin').then((answer) => answer.body.cancel()); }
+            return 'read';
+        """)
+        program = self.program(file, page="driver", sparse={"large.bin": LARGE})
+        program.wait_result(lambda r: r.get("state") == "warm")
+        before = [len(open_files(pid)) for pid in (program.process.pid, program.web_process())]
+        program.wait_result()
+
+        def after():
+            return [len(open_files(pid)) for pid in (program.process.pid, program.web_process())]
+
+        # The engine itself opens a few for the first pressure on memory.
+        until("as many descriptors as before", lambda: all(now <= then + 8 for now, then in zip(after(), before)), patience=20)
+
+    def test_a_page_that_goes_while_it_reads(self):
+        file = self.files / "test.steps.js"
+        file.write_text(HEAD + """
+            for (let i = 0; i < 30; i++) quillMereRead(page, 0, 1 << 22, new ArrayBuffer(1 << 22), () => 0);
+            location.reload();
+            await api.sleep(60000);
+        """)
+        program = self.program(file, page="driver", sparse={"large.bin": LARGE})
+        program.wait_result(lambda r: r.get("last", {}).get("type") == "init")  # nothing is opened by itself afterwards
+        until("no file held", lambda: not [link for link in open_files(program.process.pid) if link.endswith("large.bin")])
+        self.assertIsNone(program.process.poll())
+
     def test_the_program_outlives_a_page_that_dies_while_it_reads(self):
         program, _ = self.steps(HEAD + """
             for (let i = 0; i < 30; i++) quillMereRead(page, 0, 1 << 22, new ArrayBuffer(1 << 22), () => 0);
@@ -98,14 +191,7 @@ class Reads(EndToEnd):
         self.assertIsNone(program.process.poll())
 
         def held():
-            numbers = os.listdir(f"/proc/{program.process.pid}/fd")
-            links = []
-            for number in numbers:
-                try:
-                    links.append(os.readlink(f"/proc/{program.process.pid}/fd/{number}"))
-                except OSError:
-                    pass
-            return [link for link in links if link.endswith("large.bin")]
+            return [link for link in open_files(program.process.pid) if link.endswith("large.bin")]
 
         until("no file held for pages that are dead or done", lambda: not held())
 

@@ -54,6 +54,12 @@ async function run(open) {
     }
 }
 
+/** Of a folder the steps in it are opened, if there are any. */
+function enter({ entries, token }) {
+    const steps = entries.find((entry) => entry.name.endsWith('.steps.js'));
+    if (steps) api.post({ type: 'container-open', token, id: steps.id });
+}
+
 /** Reads the head of a file that is not ours to run. */
 async function look(open) {
     const { failed, length } = await api.fetch(open.url, open.size > 0 ? { headers: { Range: 'bytes=0-99' } } : {});
@@ -64,6 +70,7 @@ window.Quillmere = {
     receive(message) {
         messages.push(message);
         settle();
+        if (message.type === 'open' && message.container) enter(message.container);
         if (message.type === 'open' && String(message.name).endsWith('.steps.js')) run(message);
         else if (message.type === 'open' && message.url && result.state !== 'running') look(message);
         else if (result.state !== 'running' && message.type !== 'active') publish({ state: 'message', last: message });
