@@ -62,5 +62,10 @@ function(quillmere_add_resources)
             DEPENDS ${PROJECT_SOURCE_DIR}/resources/${file} VERBATIM)
         list(APPEND copied ${to})
     endforeach()
-    add_custom_target(resources ALL DEPENDS ${copied})
+    set(types ${QUILLMERE_CONTENTS}/Resources/file-types.json)
+    find_program(QUILLMERE_NODE node HINTS ${PROJECT_SOURCE_DIR}/build/tools/bin NO_CACHE)
+    add_custom_command(OUTPUT ${types}
+        COMMAND ${QUILLMERE_NODE} ${PROJECT_SOURCE_DIR}/packaging/file-types.mjs ${PROJECT_SOURCE_DIR}/resources/Info.plist ${types}
+        DEPENDS ${PROJECT_SOURCE_DIR}/packaging/file-types.mjs ${PROJECT_SOURCE_DIR}/resources/Info.plist VERBATIM)
+    add_custom_target(resources ALL DEPENDS ${copied} ${types})
 endfunction()
