@@ -174,6 +174,9 @@ void DesktopRegistration::remove(const FileUrl& bundle) const noexcept {
             fs::remove(previewService().filesystemPath(), ignored);
         removeIcons();
         runTool("update-desktop-database", {"-q", entry().parent().path()});
+        const FileUrl cache = entry().parent().appending("mimeinfo.cache");
+        if (contentsOf(cache) == "[MIME Cache]\n")
+            fs::remove(cache.filesystemPath(), ignored);
     } catch (const std::exception&) {
         // The entry names a program that is gone, so no desktop shows it.
     }
