@@ -105,7 +105,7 @@ NATIVE_MEMORY = """
         watching = false;
         await api.sleep(100);
         turns.sort((a, b) => a - b);
-        return [turns.at(-1), turns[Math.floor(turns.length * 0.999)]];
+        return [turns.at(-1), turns[Math.floor(turns.length * 0.999)], turns.length];
     };
     const idle = await watch(() => api.sleep(5000));
     api.publish({ state: 'idle' });
@@ -326,8 +326,8 @@ def memory(display, size=5 * 1024 * MEGABYTE):
 def native_memory(display, size=5 * 1024 * MEGABYTE):
     value, idle, peak = memory_of(display, NATIVE_MEMORY, size, lambda program: program.web_process())
     print(f"5 GB natively in {value['seconds']:.1f} s, web process: idle {idle:.0f} MB, peak {peak:.0f} MB, {peak - idle:.0f} MB above (aim: at most 120)")
-    (longest, usual), (idle_longest, idle_usual) = value["reading"], value["idle"]
-    print(f"turns of its main thread: longest {longest:.1f} ms (aim: at most 16), 999 of 1000 within {usual:.1f} ms; "
+    (longest, usual, count), (idle_longest, idle_usual, _) = value["reading"], value["idle"]
+    print(f"turns of its main thread: longest {longest:.1f} ms (aim: at most 16), 999 of 1000 within {usual:.1f} ms of {count}; "
           f"doing nothing {idle_longest:.1f} ms, {idle_usual:.1f} ms")
 
 
