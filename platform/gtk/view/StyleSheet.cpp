@@ -27,7 +27,7 @@ window.quillmere.solid-csd .window-body, window.quillmere.maximized .window-body
 window.quillmere.fullscreen .window-body, window.quillmere.tiled .window-body { border-radius: 0; }
 
 window.quillmere .title-controls { margin: 9px 0 0 10px; }
-window.quillmere windowcontrols { border-spacing: 2px; }
+window.quillmere windowcontrols { border-spacing: 2px; margin: 0; }
 menubutton.quillmere-menu > button {
     min-width: 26px; min-height: 26px; padding: 0; margin: 0; border: none; border-radius: 13px;
     color: @quillmere_ink; background: none; box-shadow: none; text-shadow: none; -gtk-icon-size: 18px;
@@ -76,8 +76,9 @@ progressbar.quillmere-bar > trough > progress {
 popover.quillmere-popover { background: none; }
 popover.quillmere-popover > contents { background: none; border: none; box-shadow: none; padding: 0 0 28px 0; margin: 0; min-width: 0; }
 popover.quillmere-popover .quillmere-glass { background-color: @quillmere_sheet; margin: 4px 0 0 28px; }
+popover.quillmere-popover.solid { padding: 0; background: @quillmere_sheet; }
 popover.quillmere-popover.solid > contents { padding: 0; border-radius: 0; background: @quillmere_sheet; box-shadow: inset 0 0 0 1px @quillmere_rim; }
-popover.quillmere-popover.solid .quillmere-glass { margin: 0; box-shadow: none; }
+popover.quillmere-popover.solid .quillmere-glass { margin: 0; background: none; box-shadow: none; }
 popover.quillmere-popover separator.quillmere-separator { margin: 0; }
 .quillmere-label { color: @quillmere_ink; }
 .quillmere-second { color: @quillmere_ink_second; font-feature-settings: "tnum"; }
