@@ -13,7 +13,7 @@ run_packages=(
 headless_packages=(xvfb xauth openbox x11-utils imagemagick)
 test_packages=(
     ffmpeg libreoffice-writer-nogui libreoffice-impress-nogui libarchive-tools libvips-tools
-    python3 python3-gi gir1.2-gtk-4.0 xdotool xclip xdg-utils dbus procps
+    python3 python3-gi gir1.2-gtk-4.0 xdotool xclip xdg-utils dbus at-spi2-core procps
 )
 bench_packages=(unzip 7zip cpio)
 package_packages=(dpkg-dev file lintian appstream)
