@@ -40,10 +40,17 @@ SettingsController::Callbacks SettingsPopover::callbacks() {
                                     self.close();
                                     self.host_.confirmUninstall();
                                 }),
-            .showColors =
-                weakly(weak, [](SettingsPopover& self, view::Color color, std::function<void(view::Color)> changed) {
-                    self.showColors(color, std::move(changed));
-                })};
+            .showColors = weakly(
+                weak, [](SettingsPopover& self, view::Color color,
+                         std::function<void(view::Color)> changed) { self.showColors(color, std::move(changed)); }),
+            .explainDefaults = weakly(weak, [](SettingsPopover& self) { self.explainDefaults(); })};
+}
+
+void SettingsPopover::explainDefaults() {
+    if (auto* window = host_.settingsWindow())
+        services_.dialogs.alert(
+            *window, {.message = SettingsController::explanationTitle, .informative = SettingsController::explanation},
+            [](size_t) {});
 }
 
 void SettingsPopover::showColors(view::Color color, std::function<void(view::Color)> changed) {

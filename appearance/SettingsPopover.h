@@ -38,6 +38,7 @@ public:
 
 private:
     SettingsController::Callbacks callbacks();
+    void explainDefaults();
     void showColors(view::Color color, std::function<void(view::Color)> changed);
 
     Host& host_;
