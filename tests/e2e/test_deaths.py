@@ -11,12 +11,12 @@ from harness import EndToEnd, children, open_files, output, until
 
 class Deaths(EndToEnd):
     def kill(self, program, spared=0):
-        """Ends a web process other than the spared one; its number. Not before it has a few threads: until it has told
-        the engine its number, its end is the program's, by the engine's own will."""
+        """Ends a web process other than the spared one; its number. Not before it listens: until it has told the
+        engine its number, its end is the program's, by the engine's own will."""
         def other():
             self.assertIsNone(program.process.poll(), program.log.read_text(errors="replace"))
             found = program.web_process()
-            return found != spared and found and len(os.listdir(f"/proc/{found}/task")) > 4 and found
+            return found != spared and found and "ReceiveQueue" in output("ps", "-L", "-o", "comm=", "-p", str(found)) and found
         number = until("a web process", other, pause=0.005)
         os.kill(number, signal.SIGKILL)
         return number
@@ -30,7 +30,7 @@ class Deaths(EndToEnd):
                 time.sleep(pause)  # from before its first commit to after it
                 first = self.kill(program)
                 self.kill(program, first)  # and the next one at its start
-                program.wait_title("^shown text a.txt")
+                program.wait_status("^shown text a.txt")
 
     def test_while_it_shows_reads_or_plays(self):
         fixtures.film(self.files / "film.webm", "-c:v", "libvpx", "-c:a", "libvorbis", seconds=20)
@@ -41,12 +41,12 @@ class Deaths(EndToEnd):
             with self.subTest(name=name):
                 program = self.program(self.files / name)
                 for pause in (0, 0.3, 1):
-                    program.wait_title(shown)
+                    program.wait_status(shown)
                     time.sleep(pause)
                     number = self.kill(program)
                     until("its end", lambda: number not in children(program.process.pid))  # pylint: disable=W0640
                     until("another", program.web_process)
-                program.wait_title(shown)
+                program.wait_status(shown)
                 held = [link for link in open_files(program.process.pid) if link.endswith(name)]
                 self.assertLessEqual(len(held), 20, held)
                 self.assertIn("WebKitWebProces", output("ps", "-o", "comm=", "-p", str(program.web_process())))

@@ -33,7 +33,7 @@ class Instances(EndToEnd):
         for name in ("first.txt", "second.txt"):
             fixtures.text(self.files / name, name)
         self.first = self.program(self.files / "first.txt", environment={"DBUS_SESSION_BUS_ADDRESS": self.bus.address})
-        self.first.wait_title("shown text first.txt")
+        self.first.wait_status("shown text first.txt")
 
     def start_again(self, *arguments, **environment):
         program = str(self.first.bundle / "Contents/MacOS/Quillmere")
@@ -56,7 +56,7 @@ class Instances(EndToEnd):
         monitor.stdout.readline()  # it listens
         second = self.start_again(self.files / "second.txt", DESKTOP_STARTUP_ID="test-7_TIME1", XDG_ACTIVATION_TOKEN="token-7")
         self.assertEqual(second.wait(30), 0)
-        self.first.wait_title("shown text second.txt")
+        self.first.wait_status("shown text second.txt")
         monitor.terminate()
         told = monitor.stdout.read()
         self.assertRegex(told, r'(?s)"desktop-startup-id".*?"test-7_TIME1"')
@@ -71,7 +71,7 @@ class Instances(EndToEnd):
         finally:
             os.kill(self.first.process.pid, signal.SIGCONT)
         self.assertEqual(second.wait(30), 0)
-        self.first.wait_title("shown text second.txt")
+        self.first.wait_status("shown text second.txt")
 
     def test_what_a_silent_first_was_given_is_withdrawn(self):
         os.kill(self.first.process.pid, signal.SIGSTOP)
@@ -83,7 +83,7 @@ class Instances(EndToEnd):
         self.assertIsNone(second.poll())
         third = self.start_again()  # what comes later is answered later
         self.assertEqual(third.wait(30), 0)
-        self.assertRegex(self.first.title(), "first.txt")
+        self.assertRegex(self.first.status(), "first.txt")
 
     def test_a_first_that_ends_meanwhile_is_replaced(self):
         os.kill(self.first.process.pid, signal.SIGSTOP)
@@ -100,7 +100,7 @@ class Instances(EndToEnd):
         with self.assertRaises(subprocess.TimeoutExpired):
             self.first.process.wait(3)
         self.first.keys("ctrl+a")
-        self.assertRegex(self.first.title(), "first.txt")
+        self.assertRegex(self.first.status(), "first.txt")
 
     def windows_of(self, pid):
         found = self.first.tool("xdotool", "search", "--class", "quillmere").split()
@@ -120,7 +120,7 @@ class OddSystems(EndToEnd):
     def test_many_files_may_be_open(self):
         fixtures.text(self.files / "a.txt")
         program = self.program(self.files / "a.txt")
-        program.wait_title("^shown")
+        program.wait_status("^shown")
         soft, hard = re.search(r"Max open files +(\d+) +(\d+)", Path(f"/proc/{program.process.pid}/limits").read_text()).groups()
         self.assertEqual(soft, hard)
 
