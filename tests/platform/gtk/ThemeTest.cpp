@@ -149,5 +149,66 @@ TEST(Theme, HasTheColoursOfThePagesStyleSheet) {
     }
 }
 
+Color over(const Color& top, double alpha, const Color& below) {
+    const auto mix = [alpha](double upper, double lower) { return upper * alpha + lower * (1 - alpha); };
+    return {.red = mix(top.red, below.red), .green = mix(top.green, below.green), .blue = mix(top.blue, below.blue)};
+}
+
+double contrast(const Color& a, const Color& b) {
+    const auto [low, high] = std::minmax({luminance(a), luminance(b)});
+    return (high + 0.05) / (low + 0.05);
+}
+
+/// The colour and the strength of what lies over the soft copy of a photo.
+std::pair<Color, double> softVeil(const std::string& script, Shade shade) {
+    const bool isLight = shade == Shade::light;
+    std::smatch alphas, colors;
+    if (!std::regex_search(script, alphas, std::regex("globalAlpha = theme === 'light' \\? ([0-9.]+) : ([0-9.]+);")) ||
+        !std::regex_search(script, colors, std::regex("fillStyle = theme === 'light' \\? '#(.{6})' : '#(.{6})';")))
+        throw std::runtime_error("no veil in the script");
+    const auto color = static_cast<unsigned>(std::stoul(colors[isLight ? 1 : 2].str(), nullptr, 16));
+    return {{.red = ((color >> 16U) & 0xffU) / 255.0,
+             .green = ((color >> 8U) & 0xffU) / 255.0,
+             .blue = (color & 0xffU) / 255.0},
+            std::stod(alphas[isLight ? 1 : 2].str())};
+}
+
+TEST(Theme, TextIsLegibleOnEveryTintAndPhoto) {
+    const std::string script = pageFile("appearance.ts");
+    const double colouredFrom = constantOf(script, "COLOURED_FROM");
+    for (int step = 0; step < 9 * 9 * 9; ++step) {
+        const Color tint{.red = step % 9 / 8.0, .green = step / 9 % 9 / 8.0, .blue = step / 81 / 8.0};
+        const auto shade = Theme::fromTint(tint).shade;
+        const Tokens tokens(shade, tint, toOklch(tint).chroma > colouredFrom ? toOklch(tint).hue : 168);
+        const Color ink = tokens.color("ink");
+        for (const double behind : {0.0, 1.0}) {
+            const Color extreme{.red = behind, .green = behind, .blue = behind};
+            const auto [veil, strength] = softVeil(script, shade);
+            for (const Color& below : {over(tint, 0.65, extreme), over(veil, strength, extreme)}) {
+                const Color pane = over(tokens.color("base"), tokens.number("a-pane"), below);
+                const Color sheet = over(tokens.color("base"), tokens.number("a-sheet"), below);
+                const Color capsule = over(tokens.color("float"), tokens.number("a-float"), below);
+                const struct {
+                    const char* text;
+                    Color ground;
+                } rows[] = {{"ink", over(tokens.color("accent"), 0.18, pane)}, // a selected row
+                            {"ink-2", over(ink, 0.05, pane)},                  // a row under the pointer
+                            {"ink", capsule},
+                            {"ink-2", capsule},
+                            {"accent", pane},
+                            {"danger", pane},
+                            {"warn", pane},
+                            {"ink", sheet},
+                            {"ink-2", sheet},
+                            {"on-accent", tokens.color("accent")}};
+                for (const auto& row : rows)
+                    EXPECT_GE(contrast(tokens.color(row.text), row.ground), 4.5)
+                        << row.text << " tint " << tint.red << " " << tint.green << " " << tint.blue << " behind "
+                        << behind;
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace quillmere::view
