@@ -105,7 +105,7 @@ view::ViewRef SettingsLayout::makeControl(Control control, SettingsController::A
 view::ViewRef SettingsLayout::roundedButton(view::Button button, SettingsController::Action action) {
     button.style = view::ButtonStyle::rounded;
     auto made = makeControl(std::move(button), std::move(action),
-                            [](view::Button& facts, auto perform) { facts.onPress = perform; });
+                            [](view::Button& facts, const auto& perform) { facts.onPress = perform; });
     const auto& facts = std::get<view::Button>(made->kind());
     made->tag = made->accessibilityLabel = facts.title.empty() ? facts.tooltip : facts.title;
     return sized(std::move(made), 0, buttonHeight);
@@ -169,7 +169,7 @@ void SettingsLayout::addSlider(const std::string& title, double maximum, double 
             panel.preferences_.*field = chosen;
             panel.save();
         },
-        [](view::Slider& facts, auto perform) { facts.onSlide = perform; });
+        [](view::Slider& facts, const auto& perform) { facts.onSlide = perform; });
     slider->accessibilityLabel = slider->tag = title;
     add(sized(std::move(slider), itemWidth, sliderHeight));
 }
@@ -181,7 +181,7 @@ void SettingsLayout::addSwitch(const std::string& title, bool AppearancePreferen
             panel.preferences_.*field = std::get<view::Switch>(sender.kind()).on;
             panel.save();
         },
-        [](view::Switch& facts, auto perform) { facts.onToggle = perform; });
+        [](view::Switch& facts, const auto& perform) { facts.onToggle = perform; });
     control->accessibilityLabel = control->tag = title;
     add(makeRow(title, std::move(control), rowHeight));
 }

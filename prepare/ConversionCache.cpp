@@ -20,7 +20,7 @@ namespace {
 /// A file that goes on changing is shown as it was at the last attempt.
 constexpr int attempts = 2;
 /// With less left on the disk, a converter may have run out of it.
-constexpr uint64_t leastRoom = 64 * 1024;
+constexpr uint64_t leastRoom = uint64_t{64} * 1024;
 
 std::string sentence(int errorNumber, const FileUrl& original) {
     const std::string name = "“" + displayText(original.lastPathComponent()) + "”";

@@ -67,7 +67,7 @@ ProgramRunner::ProgramRunner(const platform::Confinement& confinement, SteadyClo
 
 void ProgramRunner::run(const ProgramRun& run) const {
     // A converter behind its wall would only say that it failed.
-    RegularFile(run.original);
+    const RegularFile readable(run.original);
     std::exception_ptr launchError;
     for (const auto& program : run.programs) {
         try {

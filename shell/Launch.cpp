@@ -19,7 +19,7 @@ namespace {
 std::optional<std::string> readUserScript(const FileUrl& resources) {
     try {
         const RegularFile file(resources.appending("mac-shell.js"));
-        std::array<std::byte, 16 * 1024> piece;
+        std::array<std::byte, size_t{16} * 1024> piece;
         std::string text;
         while (const size_t got = file.read(text.size(), piece.data(), piece.size()))
             text.append(reinterpret_cast<const char*>(piece.data()), got);

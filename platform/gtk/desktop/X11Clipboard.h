@@ -7,7 +7,8 @@
 #include <memory>
 #include <vector>
 
-union _XEvent; // the event of the display's protocol; its header has macros for plain words
+// The event of the display's protocol, whose header has macros for plain words.
+union _XEvent; // NOLINT(bugprone-reserved-identifier)
 
 namespace quillmere::platform::gtk {
 
