@@ -14,7 +14,7 @@ namespace {
 std::optional<std::string> contentsOf(const FileUrl& url) {
     try {
         const RegularFile file(url);
-        std::array<std::byte, 16 * 1024> piece;
+        std::array<std::byte, size_t{16} * 1024> piece;
         std::string text;
         while (const size_t got = file.read(text.size(), piece.data(), piece.size()))
             text.append(reinterpret_cast<const char*>(piece.data()), got);
