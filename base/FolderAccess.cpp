@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quillmere {
 
@@ -24,6 +25,10 @@ std::optional<std::string_view> nextName(const OpenFolder& folder) noexcept {
         if (name != "." && name != "..")
             return name;
     }
+}
+
+bool isPrivateFolder(const struct stat& facts) noexcept {
+    return S_ISDIR(facts.st_mode) && facts.st_uid == ::geteuid() && (facts.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 void makePrivateFolders(const FileUrl& folder) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <sys/stat.h>
 
 namespace quillmere {
 
@@ -23,6 +24,9 @@ OpenFolder readFolder(FileDescriptor folder) noexcept;
 /// The next name, without "." and "..", valid until the next call. Nothing at the end, with `errno` 0, and when reading
 /// fails. A folder that changes meanwhile may name an entry twice or not at all.
 std::optional<std::string_view> nextName(const OpenFolder& folder) noexcept;
+
+/// Whether the folder belongs to this user and nobody else can change what it holds.
+bool isPrivateFolder(const struct stat& facts) noexcept;
 
 /// Makes a folder and the folders above it that are missing, for the user alone (0700). Throws the file system's error.
 void makePrivateFolders(const FileUrl& folder);

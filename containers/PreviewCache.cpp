@@ -43,8 +43,7 @@ void removeTree(int folder, const std::string& name) {
 /// Whether nobody else can change what the folder holds.
 bool isOurs(const FileDescriptor& folder) {
     struct stat status{};
-    return ::fstat(folder.get(), &status) == 0 && status.st_uid == ::geteuid() &&
-           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    return ::fstat(folder.get(), &status) == 0 && isPrivateFolder(status);
 }
 
 /// The folder of this name in an open one, made if it is missing.

@@ -1,6 +1,7 @@
 #include "prepare/ConversionCache.h"
 
 #include "base/FileDescriptor.h"
+#include "base/FolderAccess.h"
 #include "base/RegularFile.h"
 #include "base/Sha256.h"
 #include "base/Text.h"
@@ -36,7 +37,7 @@ void requireOwn(const FileUrl& folder, const FileUrl& original) {
         return; // it is made when it is needed
     if (!S_ISDIR(info.st_mode))
         throw UnusableCache(ENOTDIR, original);
-    if (info.st_uid != ::geteuid() || (info.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+    if (!isPrivateFolder(info))
         throw UnusableCache(EPERM, original);
 }
 

@@ -2,6 +2,7 @@
 #include "base/RegularFile.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "tests/bridge/Messages.h"
+#include "tests/support/OrdinaryUser.h"
 #include "tests/support/Sandbox.h"
 
 #include <filesystem>

@@ -2,6 +2,7 @@
 #include "containers/ContainerMessages.h"
 #include "containers/FileFacts.h"
 #include "tests/containers/Fixtures.h"
+#include "tests/support/OrdinaryUser.h"
 
 #include <atomic>
 #include <dirent.h>
@@ -86,35 +87,11 @@ TEST_F(FolderListings, EntriesThatCannotBeOpenedSayWhy) {
     EXPECT_EQ(contentsOf(document(listing, "bad\xEF\xBF\xBD.txt").file), "bytes");
 }
 
-/// Root may read everything; for a while the test is somebody else.
-class OrdinaryUser {
-public:
-    explicit OrdinaryUser(const FileUrl& tree) {
-        if (geteuid() != 0)
-            return;
-        chown(tree.path());
-        for (const auto& entry : fs::recursive_directory_iterator(tree.filesystemPath()))
-            chown(entry.path().native());
-        EXPECT_EQ(seteuid(nobody), 0);
-        wasRoot_ = true;
-    }
-    ~OrdinaryUser() {
-        if (wasRoot_) {
-            EXPECT_EQ(seteuid(0), 0);
-        }
-    }
-
-private:
-    static constexpr uid_t nobody = 65'534;
-    static void chown(const std::string& path) { EXPECT_EQ(::lchown(path.c_str(), nobody, nobody), 0); }
-    bool wasRoot_ = false;
-};
-
 TEST_F(FolderListings, UnreadableEntryIsBlocked) {
     makeFolder("dir/sub");
     write("dir/sub/file", "x");
     fs::permissions(write("dir/locked.zip", zipOf({})).filesystemPath(), fs::perms::none);
-    const OrdinaryUser user(folder_);
+    const tests::OrdinaryUser user(folder_);
     const auto root = browse(path("dir"));
     EXPECT_THAT(failureOf([&] { open(root, "locked.zip"); }), ::testing::StartsWith(readFailurePrefix));
     fs::permissions(path("dir/sub").filesystemPath(), fs::perms::owner_read);
