@@ -1,13 +1,12 @@
 #include "bridge/DocumentOpening.h"
 
+#include "base/RegularFile.h"
 #include "base/Text.h"
 #include "bridge/OpenRules.h"
 #include "containers/ContainerBrowser.h"
 #include "platform/Background.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <sys/stat.h>
 
 namespace quillmere {
 
@@ -31,16 +30,17 @@ int64_t fileSize(const FileUrl& file) {
     return error ? 0 : static_cast<int64_t>(size);
 }
 
-/// Pipes, sockets and devices would make whatever reads them wait. Where an identity is known, what has taken the
-/// file's name meanwhile is not touched either.
+/// Opens what is to be prepared, so that a refused permission is told in the same words whatever the file is; each
+/// converter would have its own. Where an identity is known, what has taken the file's name meanwhile is not touched.
 void checkBeforeUse(const FileUrl& file, const std::optional<FileIdentity>& identity) {
-    struct stat facts{};
-    if (::stat(file.path().c_str(), &facts) != 0)
-        throwFileError(errno, file.path());
-    if (identity && FileIdentity{.device = facts.st_dev, .file = facts.st_ino} != *identity)
+    std::error_code error;
+    const bool isFolder = fs::is_directory(file.filesystemPath(), error);
+    if (isFolder && !identity)
+        return; // a document that is a folder
+    if (isFolder)
         throw FileFailure(noLongerThere);
-    if (!S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode))
-        throwFileError(EINVAL, file.path());
+    if (const RegularFile opened(file); identity && opened.identity() != *identity)
+        throw FileFailure(noLongerThere);
 }
 
 } // namespace

@@ -122,6 +122,19 @@ TEST_F(DocumentOpeningTest, WhatTookTheNameOfACheckedFileIsNeverShown) {
     }
 }
 
+TEST_F(DocumentOpeningTest, ARefusedPermissionIsToldInTheSameWordsForEveryKind) {
+    channel_.setReady(true);
+    for (const char* name : {"a.txt", "a.docx", "a.heic", "a.mpg", "a.mp4"}) {
+        const FileUrl file = write(name);
+        fs::permissions(file.filesystemPath(), fs::perms::none);
+        page_.scripts.clear();
+        const tests::OrdinaryUser user(root());
+        opening_->open({.file = file});
+        settle();
+        EXPECT_EQ(refusal(), "You do not have permission to open “" + std::string(name) + "”.");
+    }
+}
+
 TEST_F(DocumentOpeningTest, OnlyTheNewestRequestIsKeptAndAnswered) {
     opening_->open({.file = write("early.txt")});
     opening_->open({.file = write("a.txt")});
